@@ -1,0 +1,33 @@
+# Build, test and demo entry points. Each target installs what is missing.
+BUILD      ?= build
+BUILD64    := $(BUILD)/x86_64
+BUILD32    := $(BUILD)/i686
+JOBS       ?= $(shell nproc)
+
+.PHONY: all deps build build-i686 test run bench screenshots clean
+
+all: build
+
+deps:
+	@scripts/install-deps.sh
+
+$(BUILD64)/build.ninja $(BUILD64)/Makefile:
+	cmake -S . -B $(BUILD64) -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-x86_64-w64-mingw32.cmake
+
+build: deps $(BUILD64)/Makefile
+	cmake --build $(BUILD64) -j $(JOBS)
+
+build-i686: deps
+	cmake -S . -B $(BUILD32) -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-i686-w64-mingw32.cmake -DMORVANE_BUILD_TESTS=OFF
+	cmake --build $(BUILD32) -j $(JOBS)
+
+# Every test under Wine, in one private prefix, display and wineserver.
+test: build
+	scripts/with-wine.sh $(BUILD64) ctest --test-dir $(BUILD64) --output-on-failure -j 2 $(CTEST_ARGS)
+
+# The control panel in a demo installation folder.
+run: build
+	scripts/run-demo.sh $(BUILD64)
+
+clean:
+	rm -rf $(BUILD)

@@ -1,0 +1,93 @@
+#include "app/Application.h"
+
+#include <commctrl.h>
+#include <objbase.h>
+
+#include <memory>
+
+#include "app/DiagnosticLog.h"
+#include "app/DummyWnd.h"
+#include "app/ErrorReport.h"
+#include "app/MenuFlags.h"
+#include "app/MessageLoop.h"
+#include "app/SingleInstance.h"
+#include "common/Exception.h"
+#include "common/Handle.h"
+#include "config/Settings.h"
+
+namespace CL {
+
+std::wstring InstanceMutexName(const std::wstring& serviceName)
+{
+    return serviceName + L"Mutex";
+}
+
+namespace {
+
+MenuFlags DecideMenuFlags()
+{
+    MenuFlags flags;
+    ApplyCommandLineSwitches(::GetCommandLineW(), flags);
+    ApplyServerPresence(ServerExecutableExists(GetInstallationFolderPath(kServerExecutableName)), flags);
+    return flags;
+}
+
+// Everything from the settings to the end of the message loop. Returns false
+// when another instance runs (the caller then returns at once).
+int RunBody(UniqueKernelHandle& mutex)
+{
+    ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    LoadSettings();
+    Log(2, "Starting ................................................... [MorvaneGui, 50]");
+
+    // Other software (installer, server) looks for this mutex to see that
+    // the control panel runs; the program itself never asks.
+    mutex.reset(::CreateMutexW(nullptr, FALSE, InstanceMutexName(g_Settings.ServiceName).c_str()));
+
+    if (IsAnotherInstanceRunning()) {
+        ::MessageBoxW(nullptr, kAlreadyRunningText, kAlreadyRunningTitle, MB_OK | MB_ICONINFORMATION);
+        mutex.reset();
+        return 0;
+    }
+
+    ::DefWindowProcW(nullptr, 0, 0, 0);
+    INITCOMMONCONTROLSEX icc = {sizeof icc, ICC_COOL_CLASSES | ICC_BAR_CLASSES};
+    ::InitCommonControlsEx(&icc);
+
+    CMessageLoop loop;
+    CMessageLoop::SetCurrent(&loop);
+    struct LoopRegistration {
+        ~LoopRegistration() { CMessageLoop::SetCurrent(nullptr); }
+    } registration;
+
+    const MenuFlags flags = DecideMenuFlags();
+    auto dummy = std::make_unique<CDummyWnd>(flags);
+    if (!dummy->CreateEx())
+        ThrowLastError(L"wndDummy.CreateEx ()");
+
+    loop.Run();
+
+    // Shut-down in order: the tray window, the loop, COM, the last line.
+    if (dummy->IsWindow())
+        dummy->DestroyWindow();
+    dummy.reset();
+    CMessageLoop::SetCurrent(nullptr);
+    ::CoUninitialize();
+    Log(2, "Stopped [MorvaneGui, 147]");
+    return 0;
+}
+
+} // namespace
+
+int RunControlPanel(HINSTANCE /*instance*/)
+{
+    UniqueKernelHandle mutex;
+    try {
+        return RunBody(mutex);
+    } catch (...) {
+        ReportException();
+        return 1;
+    }
+}
+
+} // namespace CL

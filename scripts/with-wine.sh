@@ -1,0 +1,76 @@
+#!/bin/bash
+# Runs one command inside a private Wine environment:
+#   - WINEPREFIX inside the build directory (created once, then reused),
+#   - an Xvfb display on a free display number (unless KEEP_DISPLAY=1 and
+#     DISPLAY is already set),
+#   - one persistent wineserver for the whole run, so services and processes
+#     survive between test programs,
+#   - the locale pinned so that number formats are the same everywhere.
+# Everything it started is stopped again when the command ends, also on
+# failure or interruption. The command's exit code is returned.
+#
+# usage: scripts/with-wine.sh BUILD_DIR COMMAND [ARGS...]
+set -u
+BUILD_DIR=$(realpath "$1"); shift
+
+export LANG=C.UTF-8 LC_ALL=C.UTF-8 TZ=UTC
+export WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=,winemenubuilder.exe=d"
+export WINEPREFIX="$BUILD_DIR/wineprefix"
+export MORVANE_BUILD_DIR="$BUILD_DIR"
+
+XVFB_PID=""
+cleanup() {
+    wineserver -k >/dev/null 2>&1
+    if [ -n "$XVFB_PID" ]; then
+        kill "$XVFB_PID" >/dev/null 2>&1
+        wait "$XVFB_PID" 2>/dev/null
+    fi
+}
+trap cleanup EXIT
+trap 'exit 130' INT TERM
+
+start_xvfb() {
+    local n
+    for n in $(seq 90 199); do
+        if [ ! -e "/tmp/.X$n-lock" ] && [ ! -e "/tmp/.X11-unix/X$n" ]; then
+            Xvfb ":$n" -screen 0 1280x800x24 -nolisten tcp >"$BUILD_DIR/xvfb.log" 2>&1 &
+            XVFB_PID=$!
+            for _ in $(seq 1 100); do
+                if xdpyinfo -display ":$n" >/dev/null 2>&1; then
+                    export DISPLAY=":$n"
+                    return 0
+                fi
+                if ! kill -0 "$XVFB_PID" 2>/dev/null; then break; fi
+                sleep 0.1
+            done
+            kill "$XVFB_PID" 2>/dev/null; XVFB_PID=""
+        fi
+    done
+    echo "with-wine.sh: could not start Xvfb" >&2
+    return 1
+}
+
+prepare_prefix() {
+    if [ -f "$WINEPREFIX/.morvane-ready" ]; then return 0; fi
+    echo "with-wine.sh: creating the Wine prefix in $WINEPREFIX"
+    rm -rf "$WINEPREFIX"
+    wineboot -i >"$BUILD_DIR/wineboot.log" 2>&1 || return 1
+    wineserver -w
+    # No window manager on Xvfb: unmanaged windows close without a 2 s wait.
+    wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /t REG_SZ /d N /f >/dev/null 2>&1 || return 1
+    # A crashing program must end its test, not wait for a click on a dialog.
+    wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f >/dev/null 2>&1 || return 1
+    wineserver -w
+    touch "$WINEPREFIX/.morvane-ready"
+}
+
+if [ "${KEEP_DISPLAY:-0}" = 1 ] && [ -n "${DISPLAY:-}" ]; then
+    :
+else
+    start_xvfb || exit 1
+fi
+prepare_prefix || { echo "with-wine.sh: could not prepare the Wine prefix" >&2; exit 1; }
+wineserver -p
+# Start the prefix's background processes now, detached from any caller's pipes.
+wine cmd /c exit </dev/null >/dev/null 2>&1
+"$@"
