@@ -4,7 +4,7 @@ BUILD64    := $(BUILD)/x86_64
 BUILD32    := $(BUILD)/i686
 JOBS       ?= $(shell nproc)
 
-.PHONY: all deps build build-i686 test run bench screenshots clean
+.PHONY: all deps build build-i686 test run bench clean
 
 all: build
 
@@ -31,3 +31,8 @@ run: build
 
 clean:
 	rm -rf $(BUILD)
+
+# Benchmarks (tests/bench/*), each printing its figures and ratios.
+bench: build
+	cmake --build $(BUILD64) -j $(JOBS) --target benchmarks
+	scripts/with-wine.sh $(BUILD64) scripts/run-benchmarks.sh $(abspath $(BUILD64))
