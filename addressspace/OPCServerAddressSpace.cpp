@@ -1,5 +1,7 @@
 #include "addressspace/OPCServerAddressSpace.h"
 
+#include <cwchar>
+
 #include "app/DiagnosticLog.h"
 #include "common/Bstr.h"
 #include "common/Exception.h"
@@ -221,6 +223,48 @@ CL::XmlElement NextElement(IXMLDOMNodeList* list)
     return element;
 }
 
+// The child elements of an element with the given names, in document order,
+// sorted by name: one walk over the children (an XPath query per name and
+// per item costs far more with large files).
+struct ChildElements {
+    std::vector<CL::XmlElement> branches;
+    std::vector<CL::XmlElement> items;
+    CL::XmlElement value;   // the first Value child
+};
+
+ChildElements ChildrenOf(IXMLDOMElement* element)
+{
+    ChildElements children;
+    CL::XmlNode child;
+    Check(element->get_firstChild(child.ReleaseAndGetAddressOf()), L"get_firstChild");
+    while (child) {
+        DOMNodeType type = NODE_INVALID;
+        Check(child->get_nodeType(&type), L"get_nodeType");
+        if (type == NODE_ELEMENT) {
+            CL::CBstr name;
+            Check(child->get_nodeName(name.ReleaseAndGetAddressOf()), L"get_nodeName");
+            std::vector<CL::XmlElement>* list = nullptr;
+            const bool isValue = name.Get() && std::wcscmp(name.Get(), kValueElement) == 0;
+            if (name.Get() && std::wcscmp(name.Get(), kBranchElement) == 0)
+                list = &children.branches;
+            else if (name.Get() && std::wcscmp(name.Get(), kItemElement) == 0)
+                list = &children.items;
+            if (list || (isValue && !children.value)) {
+                CL::XmlElement childElement;
+                Check(child.QueryInterface(__uuidof(IXMLDOMElement), childElement), L"QueryInterface (IXMLDOMElement)");
+                if (list)
+                    list->push_back(std::move(childElement));
+                else
+                    children.value = std::move(childElement);
+            }
+        }
+        CL::XmlNode next;
+        Check(child->get_nextSibling(next.ReleaseAndGetAddressOf()), L"get_nextSibling");
+        child = std::move(next);
+    }
+    return children;
+}
+
 // The attribute converted to vt; false when the element has no such
 // attribute. A text that does not convert throws with the attribute's name.
 bool ReadAttribute(IXMLDOMElement* element, const wchar_t* name, VARTYPE vt, CL::CVariant& value)
@@ -273,9 +317,7 @@ std::wstring WithCrLfLineEnds(const std::wstring& text)
 
 void ReadValue(IXMLDOMElement* element, COPCItem& item)
 {
-    CL::CBstr query(kValueElement);
-    CL::XmlNode valueNode;
-    Check(element->selectSingleNode(query.Get(), valueNode.ReleaseAndGetAddressOf()), L"selectSingleNode (Value)");
+    const CL::XmlElement valueNode = ChildrenOf(element).value;
     if (!valueNode)
         return;   // no Value child: the value stays empty
     CL::CBstr text;
@@ -308,10 +350,9 @@ void ReadItem(IXMLDOMElement* element, COPCItem& item)
 
 void ReadBranch(IXMLDOMElement* element, Branch& branch);
 
-void ReadSubBranches(IXMLDOMElement* element, Branch& branch)
+void ReadSubBranches(const std::vector<CL::XmlElement>& elements, Branch& branch)
 {
-    const NodeList list = SelectNodes(element, kBranchElement);
-    for (CL::XmlElement child = NextElement(list.Get()); child; child = NextElement(list.Get())) {
+    for (const CL::XmlElement& child : elements) {
         try {
             const auto subBranch = CL::CSmartPtr<Branch>::Make();
             ReadBranch(child.Get(), *subBranch);
@@ -324,10 +365,9 @@ void ReadSubBranches(IXMLDOMElement* element, Branch& branch)
     }
 }
 
-void ReadItems(IXMLDOMElement* element, Branch& branch)
+void ReadItems(const std::vector<CL::XmlElement>& elements, Branch& branch)
 {
-    const NodeList list = SelectNodes(element, kItemElement);
-    for (CL::XmlElement child = NextElement(list.Get()); child; child = NextElement(list.Get())) {
+    for (const CL::XmlElement& child : elements) {
         try {
             const auto item = CL::CSmartPtr<COPCItem>::Make(0, 0, false, WORD(192), VARTYPE(VT_EMPTY), nullptr);
             ReadItem(child.Get(), *item);
@@ -345,8 +385,9 @@ void ReadBranch(IXMLDOMElement* element, Branch& branch)
     const std::wstring name = ReadName(element);
     if (!name.empty())
         branch.Rename(name.c_str());
-    ReadSubBranches(element, branch);
-    ReadItems(element, branch);
+    const ChildElements children = ChildrenOf(element);
+    ReadSubBranches(children.branches, branch);
+    ReadItems(children.items, branch);
 }
 
 AeCondition ReadCondition(IXMLDOMElement* element)
