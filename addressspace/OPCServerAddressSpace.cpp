@@ -66,8 +66,37 @@ void SetAttribute(IXMLDOMElement* element, const wchar_t* name, const VARIANT& v
     Check(element->setAttribute(attribute.Get(), value), name);
 }
 
+// XML 1.0 cannot hold control characters other than tab, line feed and
+// carriage return, nor U+FFFE, U+FFFF or half of a surrogate pair. The DOM
+// would write them anyway and the file would no longer load (here nor in
+// the server), so a save refuses them before the file is touched.
+// The first character of the text that XML cannot hold, or 0 when none.
+wchar_t FirstNonXmlCharacter(const std::wstring& text)
+{
+    for (size_t i = 0; i < text.size(); ++i) {
+        const wchar_t c = text[i];
+        if ((c >= 0x20 && c < 0xD800) || (c >= 0xE000 && c < 0xFFFE) || c == L'\t' || c == L'\n' || c == L'\r')
+            continue;
+        if (c >= 0xD800 && c < 0xDC00 && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
+            ++i;   // a whole surrogate pair
+            continue;
+        }
+        return c;
+    }
+    return 0;
+}
+
+// Throws for such a character: "Character 0x0001 in <what> "<whose>" ...".
+void CheckXmlText(const std::wstring& text, const wchar_t* what, const std::wstring& whose)
+{
+    if (const wchar_t c = FirstNonXmlCharacter(text))
+        throw CL::CException(E_INVALIDARG, CL::Format(L"Character 0x%04X in %ls \"%ls\" cannot be stored in an XML file.",
+                                                      static_cast<unsigned>(c), what, whose.c_str()));
+}
+
 void SetText(IXMLDOMElement* element, const wchar_t* name, const std::wstring& text)
 {
+    CheckXmlText(text, name, text);
     SetAttribute(element, name, CL::CVariant(text));
 }
 
@@ -144,6 +173,7 @@ void WriteValue(IXMLDOMDocument* document, IXMLDOMElement* element, const COPCIt
             Log(2, "Failed to convert VARIANT to VT_BSTR" + MV_POS());
         return;
     }
+    CheckXmlText(text, L"the value of item", item.Name());
     const CL::XmlElement valueElement = AppendElement(document, element, kValueElement);
     CL::CBstr bstr(text);
     Check(valueElement->put_text(bstr.Get()), L"put_text");

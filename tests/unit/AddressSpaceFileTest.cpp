@@ -301,6 +301,51 @@ TEST_F(AddressSpaceFile, SaveIntoAMissingFolderFails)
     EXPECT_TRUE(FAILED(e.Error()));
 }
 
+TEST_F(AddressSpaceFile, NameThatXmlCannotHoldFailsTheSaveLogsAndLeavesTheOldFile)
+{
+    test::LogCapture log;
+    const std::wstring path = Write(SaveText(SpacePtr::Make(), L"old.xml"));
+    const std::string old = test::ReadFileBytes(path);
+    SpacePtr space = SpacePtr::Make();
+    auto plant = BranchPtr::Make(L"Plant");
+    space->RootBranch()->AddBranch(plant);
+    plant->AddBranch(BranchPtr::Make(L"Bad\x01Name"));
+    const CL::CException e = CaughtFrom([&] { space->Save(path); });
+    EXPECT_EQ(e.Error(), E_INVALIDARG);
+    EXPECT_EQ(e.Source(), L"Character 0x0001 in Name \"Bad\x01Name\" cannot be stored in an XML file.");
+    EXPECT_EQ(test::ReadFileBytes(path), old);
+    // Logged once by each branch level the failure passed through.
+    EXPECT_EQ(log.Count("[0] Error saving branches [OPCServerAddressSpace, "), 2u);
+}
+
+TEST_F(AddressSpaceFile, ValueThatXmlCannotHoldFailsTheSaveAndIsLoggedAsItemError)
+{
+    test::LogCapture log;
+    SpacePtr space = SpacePtr::Make();
+    ItemPtr item = MakeItem(L"Text", VT_BSTR);
+    item->SetValue(CL::CVariant(std::wstring_view(L"bell\x07")));
+    space->RootBranch()->AddItem(item);
+    const CL::CException e = CaughtFrom([&] { space->Save(dir.File(L"value.xml")); });
+    EXPECT_EQ(e.Error(), E_INVALIDARG);
+    EXPECT_EQ(e.Source(), L"Character 0x0007 in the value of item \"Text\" cannot be stored in an XML file.");
+    EXPECT_FALSE(test::FileExists(dir.File(L"value.xml")));
+    EXPECT_EQ(log.Count("[0] Error saving items [OPCServerAddressSpace, "), 1u);
+}
+
+TEST_F(AddressSpaceFile, HalfASurrogatePairCannotBeSaved)
+{
+    SpacePtr space = SpacePtr::Make();
+    space->RootBranch()->AddItem(MakeItem(L"Half\xD800", VT_I4));
+    EXPECT_EQ(CaughtFrom([&] { space->Save(dir.File(L"half.xml")); }).Error(), E_INVALIDARG);
+    SpacePtr whole = SpacePtr::Make();
+    whole->RootBranch()->AddItem(MakeItem(L"Whole\xD83D\xDE00 tab\t line\r\n", VT_I4));
+    const std::wstring path = dir.File(L"whole.xml");
+    whole->Save(path);
+    SpacePtr loaded = SpacePtr::Make();
+    loaded->Load(path);
+    EXPECT_EQ(ItemNames(*loaded->RootBranch()), std::vector<std::wstring>{L"Whole\xD83D\xDE00 tab\t line\r\n"});
+}
+
 // --- Loading a file written by hand -------------------------------------------
 
 TEST_F(AddressSpaceFile, HandWrittenFileWithEveryElementAndAttributeLoads)
