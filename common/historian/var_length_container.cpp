@@ -18,12 +18,6 @@ constexpr uint64_t kMaximumCacheSize = 0xFFFFFFFFull;
 
 } // namespace
 
-void CRecordCursor::Next(CDecodedRecord& record)
-{
-    m_offset += static_cast<uint32_t>(
-        var_length_container::DecodeRecord(m_data + m_offset, m_end - m_offset, record));
-}
-
 var_length_container::var_length_container(SAFEARRAY* psa, uint32_t usedSize, uint32_t valueCount)
 {
     Attach(psa, usedSize, valueCount);
@@ -90,11 +84,15 @@ void var_length_container::Attach(SAFEARRAY* psa, uint32_t usedSize, uint32_t va
 void var_length_container::Release()
 {
     if (m_psa) {
-        HRESULT hr = ::SafeArrayUnaccessData(m_psa);
-        if (FAILED(hr))
-            throw CException(hr, L"::SafeArrayUnaccessData (m_psa)");
-        m_pbData = nullptr;
-        hr = ::SafeArrayDestroy(m_psa);
+        // m_pbData tells whether our lock is still held, so that a Release
+        // repeated after a failed destroy does not unlock twice.
+        if (m_pbData) {
+            const HRESULT hr = ::SafeArrayUnaccessData(m_psa);
+            if (FAILED(hr))
+                throw CException(hr, L"::SafeArrayUnaccessData (m_psa)");
+            m_pbData = nullptr;
+        }
+        const HRESULT hr = ::SafeArrayDestroy(m_psa);
         if (FAILED(hr))
             throw CException(hr, L"::SafeArrayDestroy (m_psa)");
     }
@@ -104,7 +102,7 @@ void var_length_container::Release()
 SAFEARRAY* var_length_container::Detach()
 {
     SAFEARRAY* psa = m_psa;
-    if (psa) {
+    if (psa && m_pbData) {
         const HRESULT hr = ::SafeArrayUnaccessData(psa);
         if (FAILED(hr))
             throw CException(hr, L"::SafeArrayUnaccessData (m_psa)");
@@ -124,7 +122,7 @@ void var_length_container::Zero() noexcept
 
 void var_length_container::Reserve(uint32_t capacity)
 {
-    if (m_psa && capacity <= m_nCacheSize)
+    if (m_pbData && capacity <= m_nCacheSize)
         return;
     UniqueSafeArray grown(::SafeArrayCreateVector(VT_UI1, 0, capacity));
     if (!grown)
@@ -133,7 +131,7 @@ void var_length_container::Reserve(uint32_t capacity)
     HRESULT hr = ::SafeArrayAccessData(grown.get(), &data);
     if (FAILED(hr))
         throw CException(hr, L"::SafeArrayAccessData (m_psa, (void**) &m_pbData)");
-    if (m_nUsedSize)
+    if (m_pbData && m_nUsedSize)
         std::memcpy(data, m_pbData, m_nUsedSize);
     const uint32_t usedSize = m_nUsedSize;
     const uint32_t valueCount = m_nValCount;
@@ -156,7 +154,7 @@ void var_length_container::Append(DATE time, WORD quality, const VARIANT& value)
     const uint64_t needed = static_cast<uint64_t>(m_nUsedSize) + size;
     if (needed > kMaximumCacheSize)
         throw CException(E_OUTOFMEMORY, L"var_length_container::Append: cache would pass 4 GiB");
-    if (!m_psa || needed > m_nCacheSize) {
+    if (!m_pbData || needed > m_nCacheSize) {
         const uint64_t grown = std::max<uint64_t>({needed, 2ull * m_nCacheSize, kMinimumCapacity});
         Reserve(static_cast<uint32_t>(std::min(grown, kMaximumCacheSize)));
     }
