@@ -76,14 +76,14 @@ public:
     ~var_length_container();
 
     // Takes ownership of psa and locks it, after these checks, in order
-    // (each throws CException; on a throw the caller keeps psa and the cache
-    // is unchanged):
+    // (each throws CException; on a throw the caller keeps psa):
     //   one dimension                 else 0x80004005 "wrong safe array"
     //   SafeArrayGetVartype succeeds  else its code "::SafeArrayGetVartype (psa, &vt)"
     //   element type VT_UI1           else 0x80004005 "wrong safe array vartype"
     //   usedSize <= element count     else 0x80004005 "used size is more than cache size"
     //   SafeArrayAccessData succeeds  else its code "::SafeArrayAccessData (m_psa, (void**) &m_pbData)"
-    // A cache that already holds an array releases it first.
+    // A cache that already holds an array releases it first (so after a
+    // failed check it is empty).
     void Attach(SAFEARRAY* psa, uint32_t usedSize, uint32_t valueCount);
 
     // Unlocks and destroys the array; every field becomes zero. Throws
