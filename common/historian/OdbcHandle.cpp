@@ -49,10 +49,16 @@ std::wstring COdbcHandle::Diagnostics() const
                                               static_cast<SQLSMALLINT>(std::size(message)), &length);
         if (!SQL_SUCCEEDED(rc))
             break;
+        // A driver's message may run over several lines; each record is
+        // kept on one line, so that a logged failure stays one log line.
+        std::wstring line = reinterpret_cast<const wchar_t*>(message);
+        for (wchar_t& c : line) {
+            if (c == L'\r' || c == L'\n')
+                c = L' ';
+        }
         if (!text.empty())
             text += L"\n";
-        text += Format(L"%ls (SQLSTATE %ls)", reinterpret_cast<const wchar_t*>(message),
-                       reinterpret_cast<const wchar_t*>(state));
+        text += Format(L"%ls (SQLSTATE %ls)", line.c_str(), reinterpret_cast<const wchar_t*>(state));
     }
     return text;
 }

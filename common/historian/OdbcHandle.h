@@ -40,7 +40,8 @@ public:
     // when rc is neither SQL_SUCCESS nor SQL_SUCCESS_WITH_INFO.
     void Check(SQLRETURN rc, const wchar_t* call) const;
     // The handle's diagnostic records, one "<text> (SQLSTATE <state>)" per
-    // line; empty when there are none.
+    // line (line breaks inside a driver's text become spaces); empty when
+    // there are none.
     std::wstring Diagnostics() const;
 
 private:
