@@ -18,12 +18,6 @@ constexpr uint64_t kMaximumCacheSize = 0xFFFFFFFFull;
 
 } // namespace
 
-void CRecordCursor::Next(CDecodedRecord& record)
-{
-    m_offset += static_cast<uint32_t>(
-        var_length_container::DecodeRecord(m_data + m_offset, m_end - m_offset, record));
-}
-
 var_length_container::var_length_container(SAFEARRAY* psa, uint32_t usedSize, uint32_t valueCount)
 {
     Attach(psa, usedSize, valueCount);
