@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "common/Exception.h"
 #include "common/Text.h"
 #include "common/Util_Variant.h"
 #include "common/historian/DbError.h"
