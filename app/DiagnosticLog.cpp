@@ -19,13 +19,6 @@ SYSTEMTIME SystemLogClock::LocalNow() const
 DiagnosticLog::DiagnosticLog(std::wstring basePath, const ILogClock& clock)
     : m_basePath(std::move(basePath)), m_clock(clock)
 {
-    // The high bit of the spin count pre-allocates the wait event.
-    ::InitializeCriticalSectionAndSpinCount(&m_lock, 0x80000000ul);
-}
-
-DiagnosticLog::~DiagnosticLog()
-{
-    ::DeleteCriticalSection(&m_lock);
 }
 
 DiagnosticLog& DiagnosticLog::Instance()
@@ -60,19 +53,6 @@ std::string DiagnosticLog::FormatLine(const SYSTEMTIME& time, DWORD threadId, un
     return line;
 }
 
-void DiagnosticLog::Lock()
-{
-    if (::TryEnterCriticalSection(&m_lock))
-        return;
-    // Another thread writes: wait at the highest priority so that a
-    // low-priority waiter does not hold up everyone behind it.
-    const HANDLE thread = ::GetCurrentThread();
-    const int oldPriority = ::GetThreadPriority(thread);
-    ::SetThreadPriority(thread, THREAD_PRIORITY_TIME_CRITICAL);
-    ::EnterCriticalSection(&m_lock);
-    ::SetThreadPriority(thread, oldPriority);
-}
-
 std::wstring DiagnosticLog::ChooseFile(const SYSTEMTIME& now)
 {
     const DWORD limit = m_sizeLimit * 1024u;
@@ -93,7 +73,7 @@ void DiagnosticLog::Write(unsigned level, std::string_view text)
     const SYSTEMTIME now = m_clock.LocalNow();
     const std::string line = FormatLine(now, ::GetCurrentThreadId(), level, text);
 
-    Lock();
+    CCriticalSection::Lock lock(m_lock);
     const std::wstring name = ChooseFile(now);
     UniqueFileHandle file(::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
@@ -105,8 +85,6 @@ void DiagnosticLog::Write(unsigned level, std::string_view text)
         ::WriteFile(file.get(), line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
         ::WriteFile(file.get(), "\r\n", 2, &written, nullptr);
     }
-    file.reset();
-    ::LeaveCriticalSection(&m_lock);
 }
 
 std::wstring StripExtension(const std::wstring& path)

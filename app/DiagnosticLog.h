@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "common/CriticalSection.h"
+
 namespace CL {
 
 // Source of the local time for the log; tests substitute their own clock to
@@ -31,7 +33,6 @@ public:
 
     // basePath: the executable's full path without its extension.
     DiagnosticLog(std::wstring basePath, const ILogClock& clock);
-    ~DiagnosticLog();
     DiagnosticLog(const DiagnosticLog&) = delete;
     DiagnosticLog& operator=(const DiagnosticLog&) = delete;
 
@@ -49,13 +50,12 @@ public:
                                   std::string_view text);
 
 private:
-    void Lock();
     std::wstring ChooseFile(const SYSTEMTIME& now);
 
     uint32_t m_fileCounter = 0;
     uint32_t m_sizeLimit = kSizeLimitKiB;
     uint8_t m_maximumLevel = kMaximumLevel;
-    CRITICAL_SECTION m_lock;
+    CCriticalSection m_lock;   // waits with a priority boost
     std::wstring m_basePath;
     const ILogClock& m_clock;
 };

@@ -59,7 +59,7 @@ bool CHistorian::NoCaseLess::operator()(const std::wstring& a, const std::wstrin
 CHistorian::~CHistorian()
 {
     try {
-        CPriorityCriticalSection::Guard guard(m_lock);
+        CCriticalSection::Lock guard(m_lock);
         SaveCachesLocked();
         m_items.clear();
     } catch (...) {
@@ -71,7 +71,7 @@ void CHistorian::Configure(const std::wstring& customConnection, long keepLastVa
                            long deletePercent)
 {
     const std::wstring folder = ExecutableFolder() + L"\\Historian";
-    CPriorityCriticalSection::Guard guard(m_lock);
+    CCriticalSection::Lock guard(m_lock);
     m_keepLastValues = keepLastValues;
     m_keepLastMinutes = keepLastMinutes;
     m_deletePercent = deletePercent;
@@ -92,7 +92,7 @@ void CHistorian::Configure(const CSettings& settings)
 
 std::wstring CHistorian::ConnectionString() const
 {
-    CPriorityCriticalSection::Guard guard(m_lock);
+    CCriticalSection::Lock guard(m_lock);
     if (!m_connectionString.empty())
         return m_connectionString;
     const std::wstring file = m_databaseFolder + L"\\Historian.mdb";
@@ -101,31 +101,31 @@ std::wstring CHistorian::ConnectionString() const
 
 std::wstring CHistorian::DatabaseFolder() const
 {
-    CPriorityCriticalSection::Guard guard(m_lock);
+    CCriticalSection::Lock guard(m_lock);
     return m_databaseFolder;
 }
 
 long CHistorian::KeepLastValues() const
 {
-    CPriorityCriticalSection::Guard guard(m_lock);
+    CCriticalSection::Lock guard(m_lock);
     return m_keepLastValues;
 }
 
 long CHistorian::KeepLastMinutes() const
 {
-    CPriorityCriticalSection::Guard guard(m_lock);
+    CCriticalSection::Lock guard(m_lock);
     return m_keepLastMinutes;
 }
 
 long CHistorian::DeletePercent() const
 {
-    CPriorityCriticalSection::Guard guard(m_lock);
+    CCriticalSection::Lock guard(m_lock);
     return m_deletePercent;
 }
 
 void CHistorian::SetStatementObserver(StatementObserver observer)
 {
-    CPriorityCriticalSection::Guard guard(m_lock);
+    CCriticalSection::Lock guard(m_lock);
     m_observer = std::move(observer);
 }
 
@@ -155,7 +155,7 @@ HRESULT CHistorian::ReadRange(const std::wstring& itemId, bool hasFrom, double f
             Log(1, kFailedToReadDb);
     }
     if (includeMemoryRun) {
-        CPriorityCriticalSection::Guard guard(m_lock);
+        CCriticalSection::Lock guard(m_lock);
         const auto found = m_items.find(itemId);
         if (found != m_items.end() && !found->second->Deliver(hasFrom, from, hasTo, to, maxCount, out))
             return kMoreData;
@@ -245,7 +245,7 @@ void CHistorian::DeleteItems(const std::vector<std::wstring>& itemIds, bool hasF
 
 void CHistorian::CacheValue(const std::wstring& itemId, DATE time, WORD quality, const VARIANT& value)
 {
-    CPriorityCriticalSection::Guard guard(m_lock);
+    CCriticalSection::Lock guard(m_lock);
     auto found = m_items.find(itemId);
     if (found == m_items.end())
         found = m_items.emplace(itemId, std::make_unique<CItem>(itemId)).first;
@@ -254,7 +254,7 @@ void CHistorian::CacheValue(const std::wstring& itemId, DATE time, WORD quality,
 
 void CHistorian::SaveCaches()
 {
-    CPriorityCriticalSection::Guard guard(m_lock);
+    CCriticalSection::Lock guard(m_lock);
     SaveCachesLocked();
 }
 

@@ -21,7 +21,7 @@
 #include <string>
 #include <vector>
 
-#include "common/PriorityCriticalSection.h"
+#include "common/CriticalSection.h"
 #include "common/historian/HistorianItem.h"
 #include "common/historian/HistorianValues.h"
 
@@ -107,7 +107,7 @@ private:
     void SaveCachesLocked();
 
     std::map<std::wstring, std::unique_ptr<CItem>, NoCaseLess> m_items;
-    mutable CPriorityCriticalSection m_lock;
+    CCriticalSection m_lock;
     long m_keepLastValues = kNoLimit;
     long m_keepLastMinutes = kNoLimit;
     long m_deletePercent = 0;

@@ -3,32 +3,32 @@
 #include <atomic>
 #include <thread>
 
-#include "common/PriorityCriticalSection.h"
+#include "common/CriticalSection.h"
 #include "support/TestSupport.h"
 
 using namespace std::chrono_literals;
 
-TEST(PriorityCriticalSection, FreeSectionIsTakenWithoutChangingPriority)
+TEST(CriticalSection, FreeSectionIsTakenWithoutChangingPriority)
 {
-    CL::CPriorityCriticalSection section;
+    CL::CCriticalSection section;
     ::SetThreadPriority(::GetCurrentThread(), THREAD_PRIORITY_BELOW_NORMAL);
     {
-        CL::CPriorityCriticalSection::Guard guard(section);
+        CL::CCriticalSection::Lock guard(section);
         EXPECT_EQ(::GetThreadPriority(::GetCurrentThread()), THREAD_PRIORITY_BELOW_NORMAL);
     }
     ::SetThreadPriority(::GetCurrentThread(), THREAD_PRIORITY_NORMAL);
 }
 
-TEST(PriorityCriticalSection, WaiterRunsTimeCriticalUntilItHoldsTheLock)
+TEST(CriticalSection, WaiterRunsTimeCriticalUntilItHoldsTheLock)
 {
-    CL::CPriorityCriticalSection section;
+    CL::CCriticalSection section;
     section.Enter();
     std::atomic<int> priorityInside{-100};
     std::atomic<HANDLE> waiterHandle{nullptr};
     std::thread waiter([&] {
         ::SetThreadPriority(::GetCurrentThread(), THREAD_PRIORITY_BELOW_NORMAL);
         waiterHandle = ::OpenThread(THREAD_QUERY_INFORMATION, FALSE, ::GetCurrentThreadId());
-        CL::CPriorityCriticalSection::Guard guard(section);
+        CL::CCriticalSection::Lock guard(section);
         priorityInside = ::GetThreadPriority(::GetCurrentThread());
     });
     const bool boosted = test::WaitUntil(
