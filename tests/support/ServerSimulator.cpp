@@ -4,6 +4,7 @@
 #include <objbase.h>
 
 #include <atomic>
+#include <cwchar>
 #include <sstream>
 
 #include "common/Exception.h"
@@ -72,11 +73,74 @@ bool WaitForServiceState(const std::wstring& name, DWORD state, std::chrono::mil
     return WaitUntil([&] { return ServiceState(name) == state; }, timeout);
 }
 
+namespace {
+
+// The id of the process that made a test service name ("<prefix>_<pid>_<n>_<tick>"), or 0.
+DWORD CreatorProcessId(const std::wstring& name)
+{
+    unsigned long pid = 0, sequence = 0, tick = 0;
+    wchar_t prefix[64] = {};
+    if (name.rfind(L"Mv", 0) != 0 || name.size() >= 64)
+        return 0;
+    std::wstring spaced = name;
+    for (wchar_t& c : spaced)
+        if (c == L'_')
+            c = L' ';
+    if (swscanf(spaced.c_str(), L"%63ls %lu %lu %lu", prefix, &pid, &sequence, &tick) != 4)
+        return 0;
+    return pid;
+}
+
+bool ProcessExists(DWORD pid)
+{
+    HANDLE process = ::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, pid);
+    if (!process)
+        return false;
+    DWORD code = 0;
+    const bool running = ::GetExitCodeProcess(process, &code) && code == STILL_ACTIVE;
+    ::CloseHandle(process);
+    return running;
+}
+
+// Services left behind by test processes that died before their clean-up
+// (a crash, a time-out) are deleted, once per test process: the Wine prefix
+// is kept between runs.
+void SweepLeftoverTestServices()
+{
+    static bool swept = false;
+    if (swept)
+        return;
+    swept = true;
+    CL::UniqueServiceHandle manager(::OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ENUMERATE_SERVICE));
+    if (!manager)
+        return;
+    DWORD needed = 0, returned = 0, resume = 0;
+    ::EnumServicesStatusExW(manager.get(), SC_ENUM_PROCESS_INFO, SERVICE_WIN32, SERVICE_STATE_ALL, nullptr, 0,
+                            &needed, &returned, &resume, nullptr);
+    std::vector<BYTE> buffer(needed);
+    resume = 0;
+    if (!::EnumServicesStatusExW(manager.get(), SC_ENUM_PROCESS_INFO, SERVICE_WIN32, SERVICE_STATE_ALL,
+                                 buffer.data(), needed, &needed, &returned, &resume, nullptr))
+        return;
+    const auto* services = reinterpret_cast<const ENUM_SERVICE_STATUS_PROCESSW*>(buffer.data());
+    std::vector<std::wstring> leftovers;
+    for (DWORD i = 0; i < returned; ++i) {
+        const DWORD creator = CreatorProcessId(services[i].lpServiceName);
+        if (creator && creator != ::GetCurrentProcessId() && !ProcessExists(creator))
+            leftovers.emplace_back(services[i].lpServiceName);
+    }
+    for (const std::wstring& name : leftovers)
+        sim::DeleteSimulatorService(name, 5000);
+}
+
+} // namespace
+
 SimulatedServer::SimulatedServer() : SimulatedServer(Options()) {}
 
 SimulatedServer::SimulatedServer(const Options& options)
     : m_serviceName(UniqueServiceName(options.servicePrefix))
 {
+    SweepLeftoverTestServices();
     CopyFileOrFail(ServerSimulatorPath(), ServerExePath());
     if (options.writeSettings)
         WriteSettingsFile(File(CL::kSettingsFileName), m_serviceName, options.title);

@@ -26,7 +26,10 @@
 
 namespace test {
 
-// A service name no other test uses: prefix + process id + sequence + tick.
+// A service name no other test uses: "<prefix>_<process id>_<sequence>_<tick>".
+// Use prefixes that start with "Mv" and hold no "_": services of such names
+// whose creating process has gone (a crashed or timed-out test) are deleted
+// by the next SimulatedServer.
 std::wstring UniqueServiceName(const std::wstring& prefix = L"MvTest");
 
 // The built simulator (server_sim.exe beside the test program).

@@ -9,7 +9,7 @@
 #include "app/DummyWnd.h"
 #include "config/Settings.h"
 #include "res/resource.h"
-#include "support/LogWatch.h"
+#include "support/LogCapture.h"
 #include "support/TestSupport.h"
 #include "version.h"
 
@@ -115,13 +115,13 @@ TEST(AboutDialog, CloseCommandOfTheWindowEndsItWithItsId)
 
 TEST(AboutDialog, WritesItsTraceLines)
 {
-    test::LogWatch log(3);
+    test::LogCapture log(3);
     AboutWatcher watcher;
     CAboutDlg dialog;
     dialog.DoModal(nullptr);
     watcher.Seen();
-    EXPECT_TRUE(log.Contains("3 CAboutDlg::OnInitDialog [AboutDlg, 29]"));
-    EXPECT_TRUE(log.Contains("3 CAboutDlg::OnCloseCmd [AboutDlg, 59]"));
+    EXPECT_TRUE(log.Contains("[3] CAboutDlg::OnInitDialog [AboutDlg, 29]"));
+    EXPECT_TRUE(log.Contains("[3] CAboutDlg::OnCloseCmd [AboutDlg, 59]"));
 }
 
 TEST(AboutDialog, ResourceHoldsCaptionAndInitialTexts)

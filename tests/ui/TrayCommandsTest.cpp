@@ -14,7 +14,7 @@
 #include "config/Settings.h"
 #include "res/resource.h"
 #include "support/FakeServiceManager.h"
-#include "support/LogWatch.h"
+#include "support/LogCapture.h"
 #include "support/MenuCapture.h"
 #include "support/ServerSimulator.h"
 #include "support/TestSupport.h"
@@ -492,7 +492,7 @@ TEST(TrayHandlers, EachWritesItsTraceLine)
 {
     test::SimulatedServer server;
     g_Settings.ServiceName = server.ServiceName();
-    test::LogWatch log(4);
+    test::LogCapture log(4);
     {
         CDummyWnd window(CL::MenuFlags{});
         ASSERT_TRUE(window.CreateEx());
@@ -506,11 +506,11 @@ TEST(TrayHandlers, EachWritesItsTraceLine)
         Command(window, ID_MN_START_SERVER);
         ShellNote(window, WM_MOUSEMOVE);
     }
-    for (const char* line : {"3 CDummyWnd::OnCreate [DummyWnd, 143]", "3 CDummyWnd::OnControl [DummyWnd, 197]",
-                             "3 CDummyWnd::OnMnDBExplorer [DummyWnd, 329]", "3 CDummyWnd::OnMnOptions [DummyWnd, 296]",
-                             "3 CDummyWnd::OnMnStopServer [DummyWnd, 385]", "3 CDummyWnd::OnShutdown [DummyWnd, 233]",
-                             "3 CDummyWnd::OnMnStartServer [DummyWnd, 363]", "4 CDummyWnd::OnShellNote [DummyWnd, 72]",
-                             "3 CDummyWnd::OnDestroy [DummyWnd, 173]"})
+    for (const char* line : {"[3] CDummyWnd::OnCreate [DummyWnd, 143]", "[3] CDummyWnd::OnControl [DummyWnd, 197]",
+                             "[3] CDummyWnd::OnMnDBExplorer [DummyWnd, 329]", "[3] CDummyWnd::OnMnOptions [DummyWnd, 296]",
+                             "[3] CDummyWnd::OnMnStopServer [DummyWnd, 385]", "[3] CDummyWnd::OnShutdown [DummyWnd, 233]",
+                             "[3] CDummyWnd::OnMnStartServer [DummyWnd, 363]", "[4] CDummyWnd::OnShellNote [DummyWnd, 72]",
+                             "[3] CDummyWnd::OnDestroy [DummyWnd, 173]"})
         EXPECT_TRUE(log.Contains(line)) << line;
 }
 
@@ -518,21 +518,21 @@ TEST(TrayHandlers, ShellNoteIsNotLoggedBelowTraceLevel)
 {
     CDummyWnd window(CL::MenuFlags{});
     ASSERT_TRUE(window.CreateEx());
-    test::LogWatch log(3);
+    test::LogCapture log(3);
     ShellNote(window, WM_MOUSEMOVE);
-    EXPECT_FALSE(log.Contains("4 CDummyWnd::OnShellNote [DummyWnd, 72]"));
+    EXPECT_FALSE(log.Contains("[4] CDummyWnd::OnShellNote [DummyWnd, 72]"));
 }
 
 TEST(TrayHandlers, RightClickMenuWritesNoErrorLines)
 {
     CDummyWnd window(CL::MenuFlags{});
     ASSERT_TRUE(window.CreateEx());
-    test::LogWatch log(4);
+    test::LogCapture log(4);
     {
         test::TrackedMenuCapture capture;
         ShellNote(window, WM_RBUTTONDOWN);
         EXPECT_TRUE(capture.Captured());
     }
     for (const std::string& message : log.Messages())
-        EXPECT_NE(message.substr(0, 2), "0 ") << message;
+        EXPECT_NE(message.substr(0, 4), "[0] ") << message;
 }
