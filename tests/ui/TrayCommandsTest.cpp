@@ -533,6 +533,6 @@ TEST(TrayHandlers, RightClickMenuWritesNoErrorLines)
         ShellNote(window, WM_RBUTTONDOWN);
         EXPECT_TRUE(capture.Captured());
     }
-    for (const std::string& message : log.Messages())
+    for (const std::string& message : log.Lines())
         EXPECT_NE(message.substr(0, 4), "[0] ") << message;
 }
