@@ -31,14 +31,17 @@ DiagnosticLog::~DiagnosticLog()
 DiagnosticLog& DiagnosticLog::Instance()
 {
     static const SystemLogClock clock;
-    static DiagnosticLog log([] {
-        std::vector<wchar_t> path(260, L'\0');
-        const DWORD n = ::GetModuleFileNameW(nullptr, path.data(), 260);
-        if (n == 0)
-            ThrowLastError(L"::GetModuleFileNameW (0, path_buffer, 260)");
-        return StripExtension(std::wstring(path.data(), n));
-    }(), clock);
+    static DiagnosticLog log(ModuleBasePath(nullptr), clock);
     return log;
+}
+
+std::wstring ModuleBasePath(HMODULE module)
+{
+    std::vector<wchar_t> path(260, L'\0');
+    const DWORD n = ::GetModuleFileNameW(module, path.data(), 260);
+    if (n == 0)
+        ThrowLastError(L"::GetModuleFileNameW (0, path_buffer, 260)");
+    return StripExtension(std::wstring(path.data(), n));
 }
 
 std::wstring DiagnosticLog::FileName(const SYSTEMTIME& date, uint32_t counter) const
@@ -71,6 +74,11 @@ void DiagnosticLog::Lock()
     ::SetThreadPriority(thread, THREAD_PRIORITY_TIME_CRITICAL);
     ::EnterCriticalSection(&m_lock);
     ::SetThreadPriority(thread, oldPriority);
+}
+
+void DiagnosticLog::Unlock()
+{
+    ::LeaveCriticalSection(&m_lock);
 }
 
 std::wstring DiagnosticLog::ChooseFile(const SYSTEMTIME& now)
@@ -106,7 +114,7 @@ void DiagnosticLog::Write(unsigned level, std::string_view text)
         ::WriteFile(file.get(), "\r\n", 2, &written, nullptr);
     }
     file.reset();
-    ::LeaveCriticalSection(&m_lock);
+    Unlock();
 }
 
 std::wstring StripExtension(const std::wstring& path)

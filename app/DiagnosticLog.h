@@ -48,8 +48,13 @@ public:
     static std::string FormatLine(const SYSTEMTIME& time, DWORD threadId, unsigned level,
                                   std::string_view text);
 
-private:
+    // The writers' lock (Write takes it itself). A thread that finds it held
+    // waits at time-critical priority and gets its own priority back as soon
+    // as it holds the lock.
     void Lock();
+    void Unlock();
+
+private:
     std::wstring ChooseFile(const SYSTEMTIME& now);
 
     uint32_t m_fileCounter = 0;
@@ -62,6 +67,11 @@ private:
 
 // The executable's full path with the extension of its last component removed.
 std::wstring StripExtension(const std::wstring& path);
+
+// The log's base path: the module's file name without its extension
+// (nullptr: the running executable). Throws CException when the name cannot
+// be read.
+std::wstring ModuleBasePath(HMODULE module);
 
 // " [<file name without directory and extension>, <line>]".
 std::string SourcePosition(const char* file, int line);
