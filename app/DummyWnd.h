@@ -1,15 +1,46 @@
 #pragma once
 // CDummyWnd: the control panel's hidden top-level window. It owns the tray
-// icon and its menu and every window that the menu opens.
+// icon and its menu and every window that the menu opens. The address space
+// editor, the database explorer and the options dialog are handed in as
+// parts; the tray window keeps them for its whole life.
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "app/AddressSpaceEditorPart.h"
+#include "app/DatabaseExplorerPart.h"
 #include "app/MenuFlags.h"
+#include "app/OptionsDialogPart.h"
+#include "common/Handle.h"
 #include "common/Window.h"
 
 class CDummyWnd : public CL::CWindow {
 public:
     static constexpr wchar_t kClassName[] = L"MorvaneGuiTrayWindow";
+    static constexpr UINT kTrayIconId = 1234;
+    static constexpr UINT kShellNoteMessage = WM_USER + 1;
 
     explicit CDummyWnd(const CL::MenuFlags& flags);
+    ~CDummyWnd() override;
     const CL::MenuFlags& Flags() const { return m_flags; }
+
+    void SetAddressSpaceEditor(std::unique_ptr<CL::IAddressSpaceEditor> editor);
+    void SetDatabaseExplorer(std::unique_ptr<CL::IDatabaseExplorer> explorer);
+    void SetOptionsDialog(std::unique_ptr<CL::IOptionsDialog> options);
+    // Runs after the options dialog applied new settings (the historian is
+    // configured anew from them).
+    void SetSettingsAppliedHandler(std::function<void()> handler);
+
+    // The tray menu as a right-click shows it: menu 203 loaded, the server
+    // caption set to the status asked now, the entries of cleared flags
+    // removed. The tracked popup is GetSubMenu(menu, 0). Failures throw.
+    CL::UniqueMenu BuildTrayMenu() const;
+    // "OPC Server (Running)", "OPC Server (Stopped)", or "OPC Server" when
+    // the service's state cannot be read.
+    static std::wstring ServerStatusCaption();
+    // The tray icon's tip: the Title setting and " OPC Server Control Panel",
+    // at most 127 characters.
+    static std::wstring TrayTip();
 
 protected:
     const wchar_t* ClassName() const override { return kClassName; }
@@ -19,6 +50,22 @@ private:
     LRESULT OnCreate();
     void OnDestroy();
     void OnClose();
+    void OnShellNote(LPARAM lParam);
+    void OnCommand(WORD id);
+    void ShowTrayMenu();
+    void OnControl();
+    void OnMnDBExplorer();
+    void OnMnOptions();
+    void OnMnAbout();
+    void OnMnStartServer();
+    void OnMnStopServer();
+    void OnShutdown();
+    int Ask(const wchar_t* text, const wchar_t* title);
+    void Inform(const wchar_t* text, const wchar_t* title);
 
+    std::unique_ptr<CL::IAddressSpaceEditor> m_wndMain;
+    std::unique_ptr<CL::IDatabaseExplorer> m_explorer;
+    std::unique_ptr<CL::IOptionsDialog> m_options;
+    std::function<void()> m_settingsApplied;
     CL::MenuFlags m_flags;
 };

@@ -1,0 +1,58 @@
+#pragma once
+// The exchange of the address space with the running server: one XML file,
+// "DefaultAddressSpace.xml" in the installation folder, and two user control
+// codes of the server's service. On code 129 the server writes its live
+// address space into the file; on code 128 it reloads it from the file.
+// Everything runs on the calling (user interface) thread; failures throw and
+// leave the document as it was.
+#include <windows.h>
+
+#include <string>
+
+#include "addressspace/AddressSpaceDocument.h"
+
+inline constexpr wchar_t kExchangeFileName[] = L"DefaultAddressSpace.xml";
+
+class CAddressSpaceExchange {
+public:
+    static constexpr DWORD kPollInterval = 100;   // ms between two looks at the file
+    static constexpr int kPollCount = 100;        // looks before giving up (about 10 s)
+
+    // The service is the one named by the ServiceName setting at the time of
+    // each call; the exchange file is the given one.
+    explicit CAddressSpaceExchange(std::wstring exchangeFile = DefaultExchangeFilePath());
+
+    // The installation folder's exchange file.
+    static std::wstring DefaultExchangeFilePath();
+    const std::wstring& ExchangeFile() const noexcept { return m_exchangeFile; }
+
+    // Fills the document with the server's current address space: a running
+    // server is asked to write it (code 129) and the file's last-write time
+    // is watched; a stopped server's file is taken as it stands. When the
+    // server does not answer in time the user is asked whether to load the
+    // file as it was saved before; any answer but Yes returns false and
+    // leaves the document untouched. Clears the dirty flag on success.
+    bool LoadFromServer(CAddressSpaceDocument& document);
+
+    // Replaces the document's address space with the exchange file's content
+    // without asking the server; empties and refills the attached views.
+    void ReloadFromFile(CAddressSpaceDocument& document);
+
+    // Writes the document's address space to the exchange file and, when the
+    // service runs, tells the server to reload it (code 128). Clears the
+    // dirty flag.
+    void SaveToServer(CAddressSpaceDocument& document);
+
+private:
+    // The file's last-write time; throws when the file cannot be read.
+    ULONGLONG LastWriteTime() const;
+    // Polls the last-write time until it differs from `before`; false when
+    // it never did.
+    bool WaitForNewFile(ULONGLONG before) const;
+    // The "Load" question; true for Yes.
+    static bool AskToLoadSavedFile();
+    // A new address space loaded from the exchange file.
+    CAddressSpaceDocument::ModelPtr LoadExchangeFile() const;
+
+    std::wstring m_exchangeFile;
+};

@@ -1,0 +1,24 @@
+#pragma once
+// What the tray window needs of the address space editor (m_wndMain): the
+// editor is built elsewhere and handed to CDummyWnd, which keeps it for its
+// whole life and creates its window on demand.
+#include <windows.h>
+
+namespace CL {
+
+class IAddressSpaceEditor {
+public:
+    virtual ~IAddressSpaceEditor() = default;
+    // The editor's window; NULL while it is not open.
+    virtual HWND Window() const = 0;
+    // Runs before the window is created (loading the server's address
+    // space); false when the user declined and nothing is to be opened.
+    virtual bool PrepareOpen() = 0;
+    // Creates the window; false on failure with the last error set.
+    virtual bool Create() = 0;
+    // Replaces the model with the exchange file's content (after the
+    // options changed).
+    virtual void ReloadFromFile() = 0;
+};
+
+} // namespace CL

@@ -1,0 +1,109 @@
+#pragma once
+// Stand-ins for the windows that the tray menu opens (the address space
+// editor, the database explorer, the options dialog): each counts what the
+// tray window asked of it, and the editor and explorer have real top-level
+// windows so that minimising, restoring and destroying are the system's.
+#include <windows.h>
+
+#include "app/AddressSpaceEditorPart.h"
+#include "app/DatabaseExplorerPart.h"
+#include "app/OptionsDialogPart.h"
+
+namespace test {
+
+inline HWND CreatePlainWindow(const wchar_t* title)
+{
+    return ::CreateWindowExW(0, L"STATIC", title, WS_OVERLAPPEDWINDOW, 100, 100, 300, 200, nullptr, nullptr,
+                             nullptr, nullptr);
+}
+
+struct EditorCounters {
+    int prepared = 0;
+    int created = 0;
+    int reloaded = 0;
+    HWND window = nullptr;
+};
+
+class FakeEditor : public CL::IAddressSpaceEditor {
+public:
+    explicit FakeEditor(EditorCounters& counters, bool acceptOpen = true, bool createFails = false)
+        : m_counters(counters), m_acceptOpen(acceptOpen), m_createFails(createFails) {}
+    ~FakeEditor() override
+    {
+        if (::IsWindow(m_counters.window))
+            ::DestroyWindow(m_counters.window);
+    }
+    HWND Window() const override { return ::IsWindow(m_counters.window) ? m_counters.window : nullptr; }
+    bool PrepareOpen() override
+    {
+        ++m_counters.prepared;
+        return m_acceptOpen;
+    }
+    bool Create() override
+    {
+        ++m_counters.created;
+        if (m_createFails) {
+            ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+            return false;
+        }
+        m_counters.window = CreatePlainWindow(L"OPC Address Space (test editor)");
+        return m_counters.window != nullptr;
+    }
+    void ReloadFromFile() override { ++m_counters.reloaded; }
+
+private:
+    EditorCounters& m_counters;
+    bool m_acceptOpen;
+    bool m_createFails;
+};
+
+struct ExplorerCounters {
+    int asked = 0;
+    int created = 0;
+    HWND window = nullptr;
+};
+
+class FakeExplorer : public CL::IDatabaseExplorer {
+public:
+    FakeExplorer(ExplorerCounters& counters, bool accessible) : m_counters(counters), m_accessible(accessible) {}
+    ~FakeExplorer() override
+    {
+        if (::IsWindow(m_counters.window))
+            ::DestroyWindow(m_counters.window);
+    }
+    HWND Window() const override { return ::IsWindow(m_counters.window) ? m_counters.window : nullptr; }
+    bool IsDatabaseAccessible() override
+    {
+        ++m_counters.asked;
+        return m_accessible;
+    }
+    void Create() override
+    {
+        ++m_counters.created;
+        m_counters.window = CreatePlainWindow(L"OPC HDA Database Explorer (test)");
+    }
+
+private:
+    ExplorerCounters& m_counters;
+    bool m_accessible;
+};
+
+struct OptionsCounters {
+    int runs = 0;
+};
+
+class FakeOptions : public CL::IOptionsDialog {
+public:
+    FakeOptions(OptionsCounters& counters, bool ok) : m_counters(counters), m_ok(ok) {}
+    bool Run(HWND) override
+    {
+        ++m_counters.runs;
+        return m_ok;
+    }
+
+private:
+    OptionsCounters& m_counters;
+    bool m_ok;
+};
+
+} // namespace test

@@ -1,0 +1,32 @@
+#pragma once
+// CSimAddressSpace: the address space the simulated server holds. It is kept
+// as the exact bytes of the last exchange file that loaded as well-formed XML,
+// so that what the control panel hands over is what it gets back.
+#include <string>
+
+#include "SimReport.h"
+
+namespace sim {
+
+class CSimAddressSpace {
+public:
+    explicit CSimAddressSpace(CSimReport& report);
+
+    // Reads the exchange file (code 128 and start). A missing or malformed
+    // file is reported and the address space held so far is kept.
+    void Load();
+    // Writes the held address space into the exchange file (code 129): the
+    // file is replaced in one move and its last-write time always advances.
+    void Write();
+
+    const std::string& Bytes() const { return m_bytes; }
+
+private:
+    std::wstring Path(const wchar_t* name) const;
+
+    CSimReport& m_report;
+    std::string m_bytes;
+    unsigned m_loadCount = 0;
+};
+
+} // namespace sim

@@ -1,0 +1,30 @@
+#include "SimKnobs.h"
+
+#include <windows.h>
+
+#include "SimFiles.h"
+
+namespace sim {
+
+namespace {
+unsigned Knob(const std::wstring& file, const wchar_t* name)
+{
+    return ::GetPrivateProfileIntW(kKnobSection, name, 0, file.c_str());
+}
+} // namespace
+
+SimKnobs ReadKnobs(const std::wstring& folder)
+{
+    const std::wstring file = folder + kKnobFile;
+    SimKnobs knobs;
+    knobs.ignoreWriteRequest = Knob(file, kKnobIgnoreWriteRequest) != 0;
+    knobs.writeDelay = Knob(file, kKnobWriteDelay);
+    knobs.startWaitHint = Knob(file, kKnobStartWaitHint);
+    knobs.startDelay = Knob(file, kKnobStartDelay);
+    knobs.stopWaitHint = Knob(file, kKnobStopWaitHint);
+    knobs.stopDelay = Knob(file, kKnobStopDelay);
+    knobs.serviceOnInstall = Knob(file, kKnobServiceOnInstall) != 0;
+    return knobs;
+}
+
+} // namespace sim
