@@ -5,7 +5,13 @@
 #     DISPLAY is already set),
 #   - one persistent wineserver for the whole run, so services and processes
 #     survive between test programs,
-#   - the locale pinned so that number formats are the same everywhere.
+#   - the locale pinned so that number formats are the same everywhere,
+#   - the historian's test databases: a user ODBC data source file
+#     (ODBCINI, inside the build directory) with the data source
+#     "MorvaneTestDsn" (SQLite, for the ADO tests), and a private PostgreSQL
+#     server (scripts/test-postgres.sh) whose ODBC connection string is
+#     passed on in MORVANE_TEST_POSTGRES (Wine hands Unix environment
+#     variables to Windows programs). MORVANE_POSTGRES=0 skips the server.
 # Everything it started is stopped again when the command ends, also on
 # failure or interruption. The command's exit code is returned.
 #
@@ -19,8 +25,13 @@ export WINEPREFIX="$BUILD_DIR/wineprefix"
 export MORVANE_BUILD_DIR="$BUILD_DIR"
 
 XVFB_PID=""
+POSTGRES_STARTED=0
+SCRIPT_DIR=$(cd "$(dirname "$0")" && pwd)
 cleanup() {
     wineserver -k >/dev/null 2>&1
+    if [ "$POSTGRES_STARTED" = 1 ]; then
+        "$SCRIPT_DIR/test-postgres.sh" stop "$BUILD_DIR"
+    fi
     if [ -n "$XVFB_PID" ]; then
         kill "$XVFB_PID" >/dev/null 2>&1
         wait "$XVFB_PID" 2>/dev/null
@@ -66,12 +77,31 @@ prepare_prefix() {
     touch "$WINEPREFIX/.morvane-ready"
 }
 
+prepare_odbc() {
+    mkdir -p "$BUILD_DIR/odbc" || return 1
+    export ODBCINI="$BUILD_DIR/odbc/odbc.ini"
+    printf '[MorvaneTestDsn]\nDriver=SQLite3\nDatabase=%s\n' "$BUILD_DIR/odbc/MorvaneTestDsn.db" >"$ODBCINI"
+}
+
+start_postgres() {
+    [ "${MORVANE_POSTGRES:-1}" = 0 ] && return 0
+    local connection
+    if connection=$("$SCRIPT_DIR/test-postgres.sh" start "$BUILD_DIR"); then
+        POSTGRES_STARTED=1
+        export MORVANE_TEST_POSTGRES="$connection"
+    else
+        echo "with-wine.sh: no PostgreSQL server for the tests; its tests will fail" >&2
+    fi
+}
+
 if [ "${KEEP_DISPLAY:-0}" = 1 ] && [ -n "${DISPLAY:-}" ]; then
     :
 else
     start_xvfb || exit 1
 fi
 prepare_prefix || { echo "with-wine.sh: could not prepare the Wine prefix" >&2; exit 1; }
+prepare_odbc || { echo "with-wine.sh: could not write the ODBC data source file" >&2; exit 1; }
+start_postgres
 wineserver -p
 # Start the prefix's background processes now, detached from any caller's pipes.
 wine cmd /c exit </dev/null >/dev/null 2>&1

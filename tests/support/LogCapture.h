@@ -1,8 +1,7 @@
 #pragma once
-// Reads back what the running test wrote to the program's diagnostic log.
-// The log file is shared by every test process of one executable, so a
-// capture keeps only the lines appended after it was made and written by
-// the capturing thread (the thread id is part of every line).
+// Reads back what this thread wrote to the process's diagnostic log since the
+// capture began. Test programs run in parallel and share one log file per
+// day, so lines are told apart by the writing thread's identifier.
 #include <windows.h>
 
 #include <string>
@@ -19,12 +18,19 @@ public:
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
-    // The new lines of this thread as "[<level>] <text>".
-    std::vector<std::string> Messages() const;
-    // Whether one of them contains the text.
+    // The message texts (without time and thread) this thread has logged
+    // since construction, each with its level as "[<level>] <text>".
+    std::vector<std::string> Lines() const;
+    // True when one of Lines() equals "[<level>] <text>".
+    bool Contains(unsigned level, const std::string& text) const;
+    // True when one of Lines() contains the text anywhere.
     bool Contains(const std::string& text) const;
-    // How many of them contain the text.
+    // How many of Lines() contain the text.
     size_t Count(const std::string& text) const;
+    // True when one of Lines() starts with "[<level>] <prefix>" and ends with suffix.
+    bool ContainsLike(unsigned level, const std::string& prefix, const std::string& suffix) const;
+    // All captured lines, one per line, for failure messages.
+    std::string Dump() const;
 
 private:
     std::wstring m_file;
