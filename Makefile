@@ -17,8 +17,11 @@ $(BUILD64)/build.ninja $(BUILD64)/Makefile:
 build: deps $(BUILD64)/Makefile
 	cmake --build $(BUILD64) -j $(JOBS)
 
-build-i686: deps
+# Configured once; later builds reconfigure by themselves when needed.
+$(BUILD32)/Makefile:
 	cmake -S . -B $(BUILD32) -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-i686-w64-mingw32.cmake -DMORVANE_BUILD_TESTS=OFF
+
+build-i686: deps $(BUILD32)/Makefile
 	cmake --build $(BUILD32) -j $(JOBS)
 
 # Every test under Wine, in one private prefix, display and wineserver.

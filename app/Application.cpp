@@ -32,8 +32,8 @@ MenuFlags DecideMenuFlags()
     return flags;
 }
 
-// Everything from the settings to the end of the message loop. Returns false
-// when another instance runs (the caller then returns at once).
+// Everything from COM to the end of the message loop; returns at once (0)
+// when another instance runs.
 int RunBody(UniqueKernelHandle& mutex)
 {
     ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
@@ -85,8 +85,9 @@ int RunControlPanel(HINSTANCE /*instance*/)
     try {
         return RunBody(mutex);
     } catch (...) {
+        // The failure has been shown; the program ends like any other run.
         ReportException();
-        return 1;
+        return 0;
     }
 }
 

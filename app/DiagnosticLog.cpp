@@ -24,14 +24,17 @@ DiagnosticLog::DiagnosticLog(std::wstring basePath, const ILogClock& clock)
 DiagnosticLog& DiagnosticLog::Instance()
 {
     static const SystemLogClock clock;
-    static DiagnosticLog log([] {
-        std::vector<wchar_t> path(260, L'\0');
-        const DWORD n = ::GetModuleFileNameW(nullptr, path.data(), 260);
-        if (n == 0)
-            ThrowLastError(L"::GetModuleFileNameW (0, path_buffer, 260)");
-        return StripExtension(std::wstring(path.data(), n));
-    }(), clock);
+    static DiagnosticLog log(ModuleBasePath(nullptr), clock);
     return log;
+}
+
+std::wstring ModuleBasePath(HMODULE module)
+{
+    std::vector<wchar_t> path(260, L'\0');
+    const DWORD n = ::GetModuleFileNameW(module, path.data(), 260);
+    if (n == 0)
+        ThrowLastError(L"::GetModuleFileNameW (0, path_buffer, 260)");
+    return StripExtension(std::wstring(path.data(), n));
 }
 
 std::wstring DiagnosticLog::FileName(const SYSTEMTIME& date, uint32_t counter) const

@@ -49,6 +49,12 @@ public:
     static std::string FormatLine(const SYSTEMTIME& time, DWORD threadId, unsigned level,
                                   std::string_view text);
 
+    // The writers' lock (Write takes it itself). A thread that finds it held
+    // waits at time-critical priority and gets its own priority back as soon
+    // as it holds the lock.
+    void Lock() { m_lock.Enter(); }
+    void Unlock() { m_lock.Leave(); }
+
 private:
     std::wstring ChooseFile(const SYSTEMTIME& now);
 
@@ -62,6 +68,11 @@ private:
 
 // The executable's full path with the extension of its last component removed.
 std::wstring StripExtension(const std::wstring& path);
+
+// The log's base path: the module's file name without its extension
+// (nullptr: the running executable). Throws CException when the name cannot
+// be read.
+std::wstring ModuleBasePath(HMODULE module);
 
 // " [<file name without directory and extension>, <line>]".
 std::string SourcePosition(const char* file, int line);

@@ -35,6 +35,11 @@ XmlDocument CreateDomDocument30(const wchar_t* failureSource)
 void SaveDocumentReplacing(IXMLDOMDocument* document, const std::wstring& path,
                            const wchar_t* failureSource)
 {
+    // A read-only target is refused, as a direct write to it would be (the
+    // replacing move below is not refused everywhere).
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
+        throw CException(HResultFromWin32(ERROR_ACCESS_DENIED), failureSource);
     const std::wstring temporary = path + L".saving";
     CVariant target(temporary);
     HRESULT hr = document->save(target);

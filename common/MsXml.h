@@ -32,7 +32,8 @@ XmlDocument CreateDomDocument30(const wchar_t* failureSource);
 
 // Saves a document to the full path without ever leaving a truncated file:
 // the text goes to a temporary file beside the target, which then replaces
-// the target in one move. Failure throws CException(status, failureSource).
+// the target in one move. A read-only target is refused with access denied.
+// Failure throws CException(status, failureSource).
 void SaveDocumentReplacing(IXMLDOMDocument* document, const std::wstring& path,
                            const wchar_t* failureSource);
 

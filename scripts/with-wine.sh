@@ -38,26 +38,28 @@ cleanup() {
     fi
 }
 trap cleanup EXIT
-trap 'exit 130' INT TERM
+trap 'exit 130' INT TERM HUP
 
+# Xvfb picks a free display number itself (-displayfd) and writes it out once
+# it accepts connections. Probing lock files from here instead would race with
+# another run starting at the same moment: both would pick the same number and
+# the loser would end up on the winner's display.
 start_xvfb() {
-    local n
-    for n in $(seq 90 199); do
-        if [ ! -e "/tmp/.X$n-lock" ] && [ ! -e "/tmp/.X11-unix/X$n" ]; then
-            Xvfb ":$n" -screen 0 1280x800x24 -nolisten tcp >"$BUILD_DIR/xvfb.log" 2>&1 &
-            XVFB_PID=$!
-            for _ in $(seq 1 100); do
-                if xdpyinfo -display ":$n" >/dev/null 2>&1; then
-                    export DISPLAY=":$n"
-                    return 0
-                fi
-                if ! kill -0 "$XVFB_PID" 2>/dev/null; then break; fi
-                sleep 0.1
-            done
-            kill "$XVFB_PID" 2>/dev/null; XVFB_PID=""
+    local numberFile="$BUILD_DIR/xvfb.display" n
+    rm -f "$numberFile"
+    Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$numberFile" >"$BUILD_DIR/xvfb.log" 2>&1 &
+    XVFB_PID=$!
+    for _ in $(seq 1 100); do
+        n=$(head -n 1 "$numberFile" 2>/dev/null)
+        if [ -n "$n" ] && xdpyinfo -display ":$n" >/dev/null 2>&1; then
+            export DISPLAY=":$n"
+            return 0
         fi
+        if ! kill -0 "$XVFB_PID" 2>/dev/null; then break; fi
+        sleep 0.1
     done
-    echo "with-wine.sh: could not start Xvfb" >&2
+    kill "$XVFB_PID" 2>/dev/null; XVFB_PID=""
+    echo "with-wine.sh: could not start Xvfb (see $BUILD_DIR/xvfb.log)" >&2
     return 1
 }
 

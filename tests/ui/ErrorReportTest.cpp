@@ -131,6 +131,29 @@ TEST_F(ErrorReportTest, BoxHasNoOwnerAndOnlyAnOkButton)
     EXPECT_EQ(cancel, nullptr);
 }
 
+TEST_F(ErrorReportTest, BoxShowsTheErrorIcon)
+{
+    HICON shown = nullptr;
+    std::thread watcher([&] {
+        const test::MessageBoxInfo box = test::WaitForMessageBox(0, std::chrono::seconds(10));
+        if (!box.hwnd)
+            return;
+        // The icon's static control: id 20 on Windows, 0x440 in Wine.
+        for (int id : {20, 0x440}) {
+            if (HWND icon = ::GetDlgItem(box.hwnd, id)) {
+                shown = reinterpret_cast<HICON>(::SendMessageW(icon, STM_GETICON, 0, 0));
+                break;
+            }
+        }
+        test::ClickButton(box.hwnd, IDOK);
+    });
+    CL::RunReported([] { throw std::runtime_error("x"); });
+    watcher.join();
+    EXPECT_NE(shown, nullptr);
+    EXPECT_EQ(shown, ::LoadIconW(nullptr, IDI_HAND)) << "the error icon";
+    EXPECT_NE(shown, ::LoadIconW(nullptr, IDI_ASTERISK));
+}
+
 TEST(ComErrorMessage, SystemTextLosesItsTrailingLineBreak)
 {
     const std::wstring system = CL::SystemMessage(E_FAIL);

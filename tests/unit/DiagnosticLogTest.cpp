@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 #include <vector>
 
 #include "TestSupport.h"
 #include "app/DiagnosticLog.h"
+#include "common/Exception.h"
+#include "common/Handle.h"
 #include "config/Settings.h"
 
 namespace {
@@ -192,6 +195,46 @@ TEST_F(DiagnosticLogTest, ConcurrentWritersNeverInterleaveLines)
             at += run.size();
         }
         EXPECT_EQ(count, 200u) << "thread " << t;
+    }
+}
+
+TEST_F(DiagnosticLogTest, WriterWaitingForTheLockRunsTimeCriticalThenGetsItsOwnPriorityBack)
+{
+    using namespace std::chrono_literals;
+    CL::DiagnosticLog log(Base(), clock);
+    log.Lock();   // another writer holds the lock
+    std::atomic<DWORD> writerId{0};
+    std::atomic<int> priorityAfter{THREAD_PRIORITY_ERROR_RETURN};
+    std::thread writer([&] {
+        ::SetThreadPriority(::GetCurrentThread(), THREAD_PRIORITY_LOWEST);
+        writerId = ::GetCurrentThreadId();
+        log.Write(2, "waited");
+        priorityAfter = ::GetThreadPriority(::GetCurrentThread());
+    });
+    ASSERT_TRUE(test::WaitUntil([&] { return writerId != 0; }, 5s));
+    CL::UniqueKernelHandle thread(::OpenThread(THREAD_QUERY_INFORMATION, FALSE, writerId));
+    ASSERT_TRUE(thread);
+    const bool boosted = test::WaitUntil(
+        [&] { return ::GetThreadPriority(thread.get()) == THREAD_PRIORITY_TIME_CRITICAL; }, 5s);
+    const bool wroteWhileLocked = test::FileExists(DayFile(15, 0));
+    log.Unlock();
+    writer.join();
+    EXPECT_TRUE(boosted) << "the waiting writer is raised to time-critical priority";
+    EXPECT_FALSE(wroteWhileLocked) << "nothing is written while another writer holds the lock";
+    EXPECT_EQ(priorityAfter.load(), THREAD_PRIORITY_LOWEST) << "the writer's own priority is restored";
+    const std::string content = test::ReadFileBytes(DayFile(15, 0));
+    EXPECT_EQ(content.substr(0, 14), "09:14:03:0412 ");
+    EXPECT_EQ(content.substr(content.size() - 12), "[2] waited\r\n") << "the line follows once the lock is free";
+}
+
+TEST(DiagnosticLogInstance, UnreadableModuleNameThrowsWithTheCallAsSource)
+{
+    try {
+        CL::ModuleBasePath(reinterpret_cast<HMODULE>(static_cast<uintptr_t>(0x10)));
+        FAIL() << "no exception";
+    } catch (const CL::CException& e) {
+        EXPECT_EQ(e.Source(), L"::GetModuleFileNameW (0, path_buffer, 260)");
+        EXPECT_EQ(static_cast<unsigned long>(e.Error()), 0x8007007Eul) << "ERROR_MOD_NOT_FOUND as an HRESULT";
     }
 }
 

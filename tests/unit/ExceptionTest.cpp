@@ -1,9 +1,39 @@
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <io.h>
+
+#include <cstdio>
+#include <functional>
+
+#include "TestSupport.h"
 #include "common/Exception.h"
+#include "common/Text.h"
 
 using CL::CException;
 using CL::HResultFromWin32;
+
+namespace {
+
+// The bytes written to standard output while work() runs, taken from the
+// descriptor itself (binary, so that nothing is translated on the way).
+std::string CaptureStandardOutput(const std::function<void()>& work)
+{
+    test::TempDir dir;
+    const std::wstring path = dir.File(L"stdout.txt");
+    std::fflush(stdout);
+    const int saved = _dup(_fileno(stdout));
+    const int file = _wopen(path.c_str(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY, _S_IREAD | _S_IWRITE);
+    _dup2(file, _fileno(stdout));
+    _close(file);
+    work();
+    std::fflush(stdout);
+    _dup2(saved, _fileno(stdout));
+    _close(saved);
+    return test::ReadFileBytes(path);
+}
+
+} // namespace
 
 TEST(HResultFromWin32, PositiveErrorGetsWin32Facility)
 {
@@ -62,4 +92,24 @@ TEST(CException, TextIsVirtual)
     const Derived d;
     const CException& base = d;
     EXPECT_EQ(base.Text(), L"derived");
+}
+
+TEST(CException, PrintWritesALineBreakAndTheTextToStandardOutput)
+{
+    const CException e(static_cast<HRESULT>(0x80070005ul), L"snapshot.get()");
+    ASSERT_FALSE(e.Message().empty());
+    const std::string printed = CaptureStandardOutput([&] { e.Print(); });
+    EXPECT_EQ(printed, "\nException CException: Error=0x80070005(" + CL::Narrow(e.Message()) +
+                           ") Source='snapshot.get()'");
+}
+
+TEST(CException, PrintIsVirtual)
+{
+    struct Derived : CException {
+        Derived() : CException(E_FAIL, L"x") {}
+        void Print() const override { std::fputs("derived", stdout); }
+    };
+    const Derived d;
+    const CException& base = d;
+    EXPECT_EQ(CaptureStandardOutput([&] { base.Print(); }), "derived");
 }

@@ -240,6 +240,70 @@ TEST_F(SettingsTest, FileLackingDbDeletePercentReadsEverythingElseThenRaises)
     EXPECT_EQ(s.DbDeletePercent, 50);
 }
 
+TEST_F(SettingsTest, FileLackingATextKeyRaisesAtThatKey)
+{
+    std::string xml = kFullFile;
+    xml.erase(xml.find(" CCM=\"ccm.exe\""), std::string(" CCM=\"ccm.exe\"").size());
+    Write(xml);
+    CSettings s;
+    try {
+        LoadSettingsFrom(Path(), s);
+        FAIL() << "no error raised";
+    } catch (const CL::CException& e) {
+        EXPECT_NE(e.Source().find(L"'CCM'"), std::wstring::npos) << CL::ToUtf8(e.Source());
+    }
+    EXPECT_TRUE(s.StartCCM) << "the key before it was read";
+    EXPECT_EQ(s.CCM, L"") << "the missing key keeps its default";
+    EXPECT_FALSE(s.StartEmpty) << "the key after it was not read";
+}
+
+TEST_F(SettingsTest, FileLackingAGuidKeyRaisesAtThatKey)
+{
+    std::string xml = kFullFile;
+    const std::string attribute = " AEServer_CLSID=\"{AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE}\"";
+    xml.erase(xml.find(attribute), attribute.size());
+    Write(xml);
+    CSettings s;
+    try {
+        LoadSettingsFrom(Path(), s);
+        FAIL() << "no error raised";
+    } catch (const CL::CException& e) {
+        EXPECT_NE(e.Source().find(L"'AEServer_CLSID'"), std::wstring::npos) << CL::ToUtf8(e.Source());
+    }
+    EXPECT_EQ(GuidText(s.DAServer_CLSID), L"{11111111-2222-3333-4444-555555555555}");
+    EXPECT_TRUE(IsEqualGUID(s.AEServer_CLSID, CL::kDefaultAEServerClsid));
+    EXPECT_EQ(s.ServiceName, L"Morvane");
+}
+
+TEST_F(SettingsTest, TextOutsideAsciiSurvivesSaveAndLoad)
+{
+    CSettings s;
+    s.Title = L"\u00DCberwachung \u2013 Halle 7";
+    s.CCM = L"C:\\Programme\\Pr\u00FCfung\\ccm.exe";
+    SaveSettingsTo(Path(), s);
+    CSettings read;
+    LoadSettingsFrom(Path(), read);
+    EXPECT_EQ(read.Title, s.Title);
+    EXPECT_EQ(read.CCM, s.CCM);
+}
+
+TEST_F(SettingsTest, SaveOverAReadOnlyFileRaisesAccessDeniedAndKeepsTheFile)
+{
+    Write(kFullFile);
+    ASSERT_TRUE(::SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_READONLY));
+    CSettings s;
+    s.Title = L"new";
+    try {
+        SaveSettingsTo(Path(), s);
+        ADD_FAILURE() << "no error raised";
+    } catch (const CL::CException& e) {
+        EXPECT_EQ(static_cast<unsigned long>(e.Error()), 0x80070005ul) << "shown as the access-denied report";
+    }
+    ::SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_NORMAL);
+    EXPECT_EQ(test::ReadFileBytes(Path()), kFullFile);
+    EXPECT_FALSE(test::FileExists(Path() + L".saving")) << "no temporary file is left behind";
+}
+
 TEST_F(SettingsTest, WrongTypeRaisesAtThatKeyAfterTheEarlierKeys)
 {
     std::string xml = kFullFile;
