@@ -13,6 +13,7 @@
 #include "app/SingleInstance.h"
 #include "common/Exception.h"
 #include "common/Handle.h"
+#include "common/historian/Historian.h"
 #include "config/Settings.h"
 
 namespace CL {
@@ -60,17 +61,25 @@ int RunBody(UniqueKernelHandle& mutex)
         ~LoopRegistration() { CMessageLoop::SetCurrent(nullptr); }
     } registration;
 
+    // The one historian of the process, shared by the windows that read the
+    // database. A configuration failure is reported and start-up goes on.
+    auto historian = std::make_unique<CHistorian>();
+    RunReported([&] { historian->Configure(g_Settings); });
+
     const MenuFlags flags = DecideMenuFlags();
     auto dummy = std::make_unique<CDummyWnd>(flags);
+    dummy->SetSettingsAppliedHandler([&historian] { historian->Configure(g_Settings); });
     if (!dummy->CreateEx())
         ThrowLastError(L"wndDummy.CreateEx ()");
 
     loop.Run();
 
-    // Shut-down in order: the tray window, the loop, COM, the last line.
+    // Shut-down in order: the tray window, the historian, the loop, COM, the
+    // last line.
     if (dummy->IsWindow())
         dummy->DestroyWindow();
     dummy.reset();
+    historian.reset();
     CMessageLoop::SetCurrent(nullptr);
     ::CoUninitialize();
     Log(2, "Stopped [MorvaneGui, 147]");

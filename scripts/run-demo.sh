@@ -1,43 +1,52 @@
 #!/bin/bash
 # 'make run': prepares a demo installation folder in the build directory and
-# starts the control panel from it under Wine.
+# starts the control panel from it under Wine, with the server simulator
+# installed beside it as "Morvane.exe" and registered as the service
+# "MorvaneDemo", archiving into an SQLite historian database.
 #   - With DISPLAY set, the control panel runs on that display until the user
 #     chooses Exit from its tray menu.
-#   - Without a display, it runs on a private Xvfb for a few seconds; a
-#     screenshot of the screen is saved in the build directory.
+#   - Without a display, it runs on a private Xvfb; the tray menu is opened
+#     with a real right-click, a screenshot is saved in the build directory,
+#     and the program is ended through its own Exit command.
 set -u
 BUILD_DIR=$(realpath "$1")
 SRC_DIR=$(cd "$(dirname "$0")/.." && pwd)
 DEMO="$BUILD_DIR/demo"
 SHOT="$BUILD_DIR/demo-screenshot.png"
 
-mkdir -p "$DEMO"
+mkdir -p "$DEMO/Historian"
 cp "$BUILD_DIR/bin/MorvaneGui.exe" "$DEMO/"
-if [ ! -f "$DEMO/Morvane.ini.xml" ]; then
-    cp "$SRC_DIR/scripts/demo/Morvane.ini.xml" "$DEMO/"
-fi
+cp "$BUILD_DIR/bin/server_sim.exe" "$DEMO/Morvane.exe"
+sed "s|@HISTORIAN_DB@|$DEMO/Historian/Historian.db|" "$SRC_DIR/scripts/demo/Morvane.ini.xml" >"$DEMO/Morvane.ini.xml"
+[ -f "$DEMO/DefaultAddressSpace.xml" ] || cp "$SRC_DIR/scripts/demo/DefaultAddressSpace.xml" "$DEMO/"
 echo "Demo installation folder: $DEMO"
 
 # Runs inside scripts/with-wine.sh.
 demo_session() {
-    local winpath
-    winpath=$(winepath -w "$DEMO/MorvaneGui.exe" 2>/dev/null)
+    local panel server
+    panel=$(winepath -w "$DEMO/MorvaneGui.exe" 2>/dev/null)
+    server=$(winepath -w "$DEMO/Morvane.exe" 2>/dev/null)
+    wine "$server" --register-service </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1 ||
+        { echo "run-demo.sh: could not register the server simulator" >&2; return 1; }
+    wine sc start MorvaneDemo </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1
     if [ "${HEADLESS:-0}" = 0 ]; then
-        echo "Starting the control panel on $DISPLAY; use its tray icon, Exit ends it."
-        wine "$winpath" </dev/null >"$BUILD_DIR/demo-wine.log" 2>&1
+        echo "The control panel runs on $DISPLAY: right-click its tray icon; Exit ends it."
+        wine "$panel" </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1
         return $?
     fi
-    wine "$winpath" </dev/null >"$BUILD_DIR/demo-wine.log" 2>&1 &
-    sleep "${DEMO_SECONDS:-6}"
+    wine "$panel" </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1 &
+    local pid=$!
     "$SRC_DIR/scripts/demo-screenshot.sh" "$SHOT"
+    wait "$pid"
 }
 export -f demo_session
 export BUILD_DIR DEMO SHOT SRC_DIR
 
+: >"$BUILD_DIR/demo-wine.log"
 if [ -n "${DISPLAY:-}" ]; then
     KEEP_DISPLAY=1 HEADLESS=0 "$SRC_DIR/scripts/with-wine.sh" "$BUILD_DIR" bash -c demo_session
 else
     HEADLESS=1 "$SRC_DIR/scripts/with-wine.sh" "$BUILD_DIR" bash -c demo_session || exit 1
-    echo "Screenshot of the screen saved to $SHOT"
+    echo "Screenshot of the screen with the tray menu open: $SHOT"
     echo "Diagnostic log: $(ls "$DEMO"/MorvaneGui.*.log 2>/dev/null | tail -1)"
 fi
