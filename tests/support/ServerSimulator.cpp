@@ -34,13 +34,18 @@ std::wstring ControlPanelPath()
     return ProgramFolder() + L"MorvaneGui.exe";
 }
 
-void WriteSettingsFile(const std::wstring& path, const std::wstring& serviceName, const std::wstring& title)
+void WriteSettingsFile(const std::wstring& path, const std::wstring& serviceName, const std::wstring& title,
+                       const std::wstring& adoConnection, bool customConnection)
 {
     // MSXML writes the file; COM may not be initialised on this thread yet.
     const HRESULT com = ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     CSettings settings;
     settings.ServiceName = serviceName;
     settings.Title = title;
+    if (!adoConnection.empty()) {
+        settings.ADOConnection = adoConnection;
+        settings.CustomADOConnection = customConnection;
+    }
     try {
         SaveSettingsTo(path, settings);
     } catch (const CL::CException& e) {
@@ -143,7 +148,8 @@ SimulatedServer::SimulatedServer(const Options& options)
     SweepLeftoverTestServices();
     CopyFileOrFail(ServerSimulatorPath(), ServerExePath());
     if (options.writeSettings)
-        WriteSettingsFile(File(CL::kSettingsFileName), m_serviceName, options.title);
+        WriteSettingsFile(File(CL::kSettingsFileName), m_serviceName, options.title, options.adoConnection,
+                          options.customConnection);
     if (options.registerService)
         m_registered = RegisterService(m_serviceName, ServerExePath());
 }
@@ -237,6 +243,15 @@ bool SimulatedServer::HasEvent(const std::string& line) const
 bool SimulatedServer::WaitForEvent(const std::string& line, std::chrono::milliseconds timeout) const
 {
     return WaitUntil([&] { return HasEvent(line); }, timeout);
+}
+
+std::vector<std::string> SimulatedServer::EventsStartingWith(const std::string& prefix) const
+{
+    std::vector<std::string> lines;
+    for (const std::string& event : Events())
+        if (event.rfind(prefix, 0) == 0)
+            lines.push_back(event);
+    return lines;
 }
 
 int SimulatedServer::LoadCount() const

@@ -37,9 +37,12 @@ std::wstring ServerSimulatorPath();
 // The built control panel (MorvaneGui.exe beside the test program).
 std::wstring ControlPanelPath();
 
-// Writes a complete settings file (default keys) naming the service.
+// Writes a complete settings file (default keys) naming the service. A
+// non-empty adoConnection becomes ADOConnection, with CustomADOConnection set
+// as customConnection says (the simulator then archives into that database).
 void WriteSettingsFile(const std::wstring& path, const std::wstring& serviceName,
-                       const std::wstring& title = L"Varnel");
+                       const std::wstring& title = L"Varnel", const std::wstring& adoConnection = L"",
+                       bool customConnection = true);
 
 // Registers exePath as an own-process, demand-start service (CreateServiceW).
 // Adds a test failure and returns false when that fails.
@@ -58,6 +61,10 @@ public:
         bool registerService = true;     // false: only the folder and its files
         bool writeSettings = true;       // false: no Morvane.ini.xml
         std::wstring title = L"Varnel";
+        // The historian database the simulator archives into (a connection
+        // string; empty: none), and whether CustomADOConnection is set.
+        std::wstring adoConnection;
+        bool customConnection = true;
     };
 
     SimulatedServer();
@@ -95,6 +102,8 @@ public:
     bool HasEvent(const std::string& line) const;
     bool WaitForEvent(const std::string& line,
                       std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;
+    // The event lines that start with prefix, in order.
+    std::vector<std::string> EventsStartingWith(const std::string& prefix) const;
     // Successful loads so far ("loaded #n" lines), the bytes of the last one.
     int LoadCount() const;
     bool WaitForLoadCount(int count, std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;

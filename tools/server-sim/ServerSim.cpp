@@ -1,5 +1,6 @@
 // The server simulator's entry point. Without arguments it runs as the
-// Windows service named by the ServiceName of the Morvane.ini.xml beside it.
+// Windows service named by the ServiceName of the Morvane.ini.xml beside it
+// (archiving into the ADOConnection database when CustomADOConnection is set).
 // " /u" and " /i" (the server's unregister and register calls) are recorded
 // in its event log; --register-service and --delete-service register and
 // remove the service for a demo installation.
@@ -78,7 +79,10 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, LPWSTR, int)
     if (last == sim::kDeleteSwitch)
         return static_cast<int>(sim::DeleteSimulatorService(settings.ServiceName, 30000));
 
-    sim::CSimService service(settings.ServiceName, report);
+    const std::wstring archiveConnection =
+        settings.CustomADOConnection && !CL::TrimWhiteSpace(settings.ADOConnection).empty() ? settings.ADOConnection
+                                                                                          : std::wstring();
+    sim::CSimService service(settings.ServiceName, archiveConnection, report);
     const int exitCode = service.Run();
     ::CoUninitialize();
     return exitCode;

@@ -95,14 +95,14 @@ std::wstring CSimAddressSpace::Path(const wchar_t* name) const
     return m_report.Folder() + name;
 }
 
-void CSimAddressSpace::Load()
+bool CSimAddressSpace::Load()
 {
     const unsigned number = ++m_loadCount;
     const std::wstring path = Path(kExchangeFile);
     std::string bytes;
     if (!ReadWholeFile(path, bytes)) {
         m_report.Event(CL::FormatA("load failed #%u missing file (error %lu)", number, ::GetLastError()));
-        return;
+        return false;
     }
     try {
         CL::XmlDocument document = CL::CreateDomDocument30(L"DOMDocument30");
@@ -110,18 +110,21 @@ void CSimAddressSpace::Load()
         CL::CVariant source(path);
         if (FAILED(document->load(source, &loaded)) || loaded != VARIANT_TRUE) {
             m_report.Event(CL::FormatA("load failed #%u not well-formed", number));
-            return;
+            return false;
         }
         m_bytes = bytes;
-        WriteWholeFile(Path(kLoadedCopyFile), m_bytes, nullptr);
+        if (!WriteWholeFile(Path(kLoadedCopyFile), m_bytes, nullptr))
+            m_report.Event(CL::FormatA("copy failed #%u (error %lu)", number, ::GetLastError()));
         m_report.Event(CL::FormatA("loaded #%u %u bytes root=%s branches=%ld items=%ld conditions=%ld",
                                    number, static_cast<unsigned>(bytes.size()),
                                    RootName(document.Get()).c_str(),
                                    NodeCount(document.Get(), L"//Branch"),
                                    NodeCount(document.Get(), L"//Item"),
                                    NodeCount(document.Get(), L"//OPCAECondition")));
+        return true;
     } catch (const CL::CException& e) {
         m_report.Event(CL::FormatA("load failed #%u %s", number, CL::ToUtf8(e.Text()).c_str()));
+        return false;
     }
 }
 

@@ -16,6 +16,13 @@ inline constexpr wchar_t kExchangeFile[] = L"DefaultAddressSpace.xml";
 //   "wrote <bytes> bytes"                  (answer to 129)
 //   "stop requested" / "stopped"
 //   "command line /u" / "command line /i"  (then the process exits 0)
+// and, when the settings name a historian database (see SimArchiver.h):
+//   "archiving on, <n> items"              (after each load: the items marked for archiving)
+//   "archiving off, no database in the settings"
+//   "archived <item id> <n> values"        (one run of one item appended)
+//   "archive failed <item id>: <reason>"   (that item's run was not stored)
+//   "archive run #<n> done"                (every item of the run was tried)
+//   "archive run #<n> failed: <reason>"    (the database could not be used)
 inline constexpr wchar_t kEventLogFile[] = L"ServerSim.log";
 
 // A byte copy of the address space the simulator holds, rewritten after each
@@ -35,6 +42,13 @@ inline constexpr wchar_t kKnobStopDelay[] = L"StopDelay";         // ms the stop
 // 1: " /u" also deletes the service named in the settings file and " /i"
 // registers it (as the real server's unregister/register do).
 inline constexpr wchar_t kKnobServiceOnInstall[] = L"ServiceOnInstall";
+// Milliseconds between two periodic archive runs (missing: 5000; 0: no
+// periodic runs, only those at start and after each reload).
+inline constexpr wchar_t kKnobArchiveIntervalMs[] = L"ArchiveIntervalMs";
+inline constexpr unsigned kDefaultArchiveIntervalMs = 5000;
+// Values per item in one archive run (missing or 0: 5; at most 1000).
+inline constexpr wchar_t kKnobArchiveValues[] = L"ArchiveValues";
+inline constexpr unsigned kDefaultArchiveValues = 5;
 
 // Command lines of the simulator itself (never used by the control panel):
 // register this executable as the service named in the settings file, or

@@ -7,9 +7,9 @@
 namespace sim {
 
 namespace {
-unsigned Knob(const std::wstring& file, const wchar_t* name)
+unsigned Knob(const std::wstring& file, const wchar_t* name, unsigned missing = 0)
 {
-    return ::GetPrivateProfileIntW(kKnobSection, name, 0, file.c_str());
+    return ::GetPrivateProfileIntW(kKnobSection, name, static_cast<INT>(missing), file.c_str());
 }
 } // namespace
 
@@ -24,6 +24,9 @@ SimKnobs ReadKnobs(const std::wstring& folder)
     knobs.stopWaitHint = Knob(file, kKnobStopWaitHint);
     knobs.stopDelay = Knob(file, kKnobStopDelay);
     knobs.serviceOnInstall = Knob(file, kKnobServiceOnInstall) != 0;
+    knobs.archiveIntervalMs = Knob(file, kKnobArchiveIntervalMs, kDefaultArchiveIntervalMs);
+    const unsigned values = Knob(file, kKnobArchiveValues);
+    knobs.archiveValues = values == 0 ? kDefaultArchiveValues : values > 1000 ? 1000 : values;
     return knobs;
 }
 

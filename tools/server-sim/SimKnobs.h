@@ -12,6 +12,8 @@ struct SimKnobs {
     unsigned stopWaitHint = 0;
     unsigned stopDelay = 0;
     bool serviceOnInstall = false;
+    unsigned archiveIntervalMs = 0;   // 0: no periodic archive runs
+    unsigned archiveValues = 1;       // at least 1
 };
 
 SimKnobs ReadKnobs(const std::wstring& folder);

@@ -2,15 +2,20 @@
 
 #include <objbase.h>
 
+#include "SimArchivedItems.h"
 #include "SimKnobs.h"
+#include "app/CaughtException.h"
 #include "common/Text.h"
 
 namespace sim {
 
 CSimService* CSimService::s_instance = nullptr;
 
-CSimService::CSimService(std::wstring name, CSimReport& report)
-    : m_name(std::move(name)), m_report(report), m_addressSpace(report)
+CSimService::CSimService(std::wstring name, std::wstring archiveConnection, CSimReport& report)
+    : m_name(std::move(name)),
+      m_report(report),
+      m_addressSpace(report),
+      m_archiveConnection(std::move(archiveConnection))
 {
     ::InitializeCriticalSection(&m_lock);
     m_wake = ::CreateEventW(nullptr, FALSE, FALSE, nullptr);
@@ -113,8 +118,47 @@ void CSimService::Start()
     ReportStatus(SERVICE_START_PENDING, knobs.startWaitHint, 1);
     m_report.Event("started " + CL::ToUtf8(m_name));
     ::Sleep(knobs.startDelay);
-    m_addressSpace.Load();
+    StartArchiving();
+    LoadAddressSpace();
     ReportStatus(SERVICE_RUNNING, 0, 0);
+}
+
+// The archiver runs when the settings name a database; a failure to start it
+// is reported and the service runs on without archiving.
+void CSimService::StartArchiving()
+{
+    if (m_archiveConnection.empty()) {
+        m_report.Event("archiving off, no database in the settings");
+        return;
+    }
+    try {
+        auto archiver = std::make_unique<CSimArchiver>(m_report, m_archiveConnection);
+        archiver->Start();
+        m_archiver = std::move(archiver);
+    } catch (...) {
+        m_report.Event("archiving off, " + CL::CaughtExceptionLine());
+    }
+}
+
+// Loads the exchange file; after a successful load the archiver takes the
+// items marked for archiving from what is now held. Either way one archive
+// run follows.
+void CSimService::LoadAddressSpace()
+{
+    const bool loaded = m_addressSpace.Load();
+    if (!m_archiver)
+        return;
+    if (loaded) {
+        std::vector<SimArchivedItem> items;
+        try {
+            items = ReadArchivedItems(m_addressSpace.LoadedCopyPath());
+            m_report.Event(CL::FormatA("archiving on, %u items", static_cast<unsigned>(items.size())));
+        } catch (...) {
+            m_report.Event("archiving on, 0 items: " + CL::CaughtExceptionLine());
+        }
+        m_archiver->SetItems(std::move(items));
+    }
+    m_archiver->RequestRun();
 }
 
 // Takes as long as the StopDelay knob says, reporting progress with the
@@ -144,13 +188,19 @@ void CSimService::ServiceMain()
     for (;;) {
         switch (NextRequest()) {
         case Request::Reload:
-            m_addressSpace.Load();
+            LoadAddressSpace();
             break;
         case Request::Write:
             ::Sleep(ReadKnobs(m_report.Folder()).writeDelay);
             m_addressSpace.Write();
             break;
         case Request::Stop:
+            if (m_archiver) {
+                DWORD checkPoint = 1;
+                const DWORD waitHint = ReadKnobs(m_report.Folder()).stopWaitHint;
+                m_archiver->Stop([&] { ReportStatus(SERVICE_STOP_PENDING, waitHint, ++checkPoint); });
+                m_archiver.reset();
+            }
             ::CoUninitialize();
             Stop();
             return;

@@ -1,20 +1,26 @@
 #pragma once
 // CSimService: the simulated server's Windows service. The control handler
 // only queues requests (reload, write, stop) and returns at once, as a real
-// service must; the service's main thread works them off in order.
+// service must; the service's main thread works them off in order. With a
+// historian database named in the settings, the archiver's thread appends
+// runs of the archived items' values meanwhile (SimArchiver.h).
 #include <windows.h>
 
 #include <deque>
+#include <memory>
 #include <string>
 
 #include "SimAddressSpace.h"
+#include "SimArchiver.h"
 #include "SimReport.h"
 
 namespace sim {
 
 class CSimService {
 public:
-    CSimService(std::wstring name, CSimReport& report);
+    // archiveConnection: the connection string of the historian database,
+    // empty for none (nothing is archived).
+    CSimService(std::wstring name, std::wstring archiveConnection, CSimReport& report);
     ~CSimService();
     CSimService(const CSimService&) = delete;
     CSimService& operator=(const CSimService&) = delete;
@@ -36,12 +42,16 @@ private:
     Request NextRequest();
     void Start();
     void Stop();
+    void LoadAddressSpace();
+    void StartArchiving();
 
     static CSimService* s_instance;
 
     std::wstring m_name;
     CSimReport& m_report;
     CSimAddressSpace m_addressSpace;
+    std::wstring m_archiveConnection;
+    std::unique_ptr<CSimArchiver> m_archiver;   // null while nothing is archived
     SERVICE_STATUS_HANDLE m_statusHandle = nullptr;
     SERVICE_STATUS m_status = {};
     CRITICAL_SECTION m_lock;
