@@ -35,9 +35,21 @@ demo_session() {
         return $?
     fi
     wine "$panel" </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1 &
-    local pid=$!
-    "$SRC_DIR/scripts/demo-screenshot.sh" "$SHOT"
-    wait "$pid"
+    local pid=$! shot=0
+    "$SRC_DIR/scripts/demo-screenshot.sh" "$SHOT" || shot=1
+    # The script ended the program through its menu; do not wait forever if
+    # that did not work.
+    for _ in $(seq 1 50); do
+        kill -0 "$pid" 2>/dev/null || break
+        sleep 0.2
+    done
+    if kill -0 "$pid" 2>/dev/null; then
+        echo "run-demo.sh: the control panel did not end through its Exit command" >&2
+        kill "$pid" 2>/dev/null
+        shot=1
+    fi
+    wine "$server" --delete-service </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1
+    return $shot
 }
 export -f demo_session
 export BUILD_DIR DEMO SHOT SRC_DIR
