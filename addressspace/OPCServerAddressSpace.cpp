@@ -45,9 +45,7 @@ void LogCaught(const CL::CException& e, const std::string& position)
 
 CL::XmlElement AppendElement(IXMLDOMDocument* document, IXMLDOMNode* parent, const wchar_t* name)
 {
-    CL::CVariant type;
-    type.vt = VT_I4;
-    type.lVal = NODE_ELEMENT;
+    const CL::CVariant type = CL::CVariant::I4(NODE_ELEMENT);
     CL::CBstr elementName(name);
     CL::CBstr noNamespace(L"");
     CL::XmlNode node;
@@ -100,46 +98,6 @@ void SetText(IXMLDOMElement* element, const wchar_t* name, const std::wstring& t
     SetAttribute(element, name, CL::CVariant(text));
 }
 
-void SetBool(IXMLDOMElement* element, const wchar_t* name, bool value)
-{
-    CL::CVariant v;
-    v.vt = VT_BOOL;
-    v.boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
-    SetAttribute(element, name, v);
-}
-
-void SetUI2(IXMLDOMElement* element, const wchar_t* name, USHORT value)
-{
-    CL::CVariant v;
-    v.vt = VT_UI2;
-    v.uiVal = value;
-    SetAttribute(element, name, v);
-}
-
-void SetUI4(IXMLDOMElement* element, const wchar_t* name, ULONG value)
-{
-    CL::CVariant v;
-    v.vt = VT_UI4;
-    v.ulVal = value;
-    SetAttribute(element, name, v);
-}
-
-void SetI8(IXMLDOMElement* element, const wchar_t* name, LONGLONG value)
-{
-    CL::CVariant v;
-    v.vt = VT_I8;
-    v.llVal = value;
-    SetAttribute(element, name, v);
-}
-
-void SetR8(IXMLDOMElement* element, const wchar_t* name, double value)
-{
-    CL::CVariant v;
-    v.vt = VT_R8;
-    v.dblVal = value;
-    SetAttribute(element, name, v);
-}
-
 LONGLONG FileTimeToInt64(const FILETIME& time)
 {
     ULARGE_INTEGER u;
@@ -183,13 +141,13 @@ void WriteItem(IXMLDOMDocument* document, IXMLDOMElement* element, const COPCIte
 {
     WriteValue(document, element, item);
     SetText(element, kName, item.Name());
-    SetUI2(element, L"CanonicalDataType", item.CanonicalDataType());
-    SetUI2(element, L"Quality", item.Quality());
-    SetBool(element, L"Writable", item.Writable());
-    SetBool(element, L"Readable", item.Readable());
-    SetUI4(element, L"ScanRate", item.ScanRate());
-    SetBool(element, L"Archive", item.Archive());
-    SetI8(element, L"ValueTime", FileTimeToInt64(item.ValueTime()));
+    SetAttribute(element, L"CanonicalDataType", CL::CVariant::UI2(item.CanonicalDataType()));
+    SetAttribute(element, L"Quality", CL::CVariant::UI2(item.Quality()));
+    SetAttribute(element, L"Writable", CL::CVariant::Bool(item.Writable()));
+    SetAttribute(element, L"Readable", CL::CVariant::Bool(item.Readable()));
+    SetAttribute(element, L"ScanRate", CL::CVariant::UI4(item.ScanRate()));
+    SetAttribute(element, L"Archive", CL::CVariant::Bool(item.Archive()));
+    SetAttribute(element, L"ValueTime", CL::CVariant::I8(FileTimeToInt64(item.ValueTime())));
 }
 
 void WriteBranch(IXMLDOMDocument* document, IXMLDOMElement* element, const Branch& branch)
@@ -217,17 +175,17 @@ void WriteCondition(IXMLDOMElement* element, const AeCondition& c)
 {
     SetText(element, L"source", c.source);
     SetText(element, L"conditionName", c.conditionName);
-    SetUI4(element, L"category", c.category);
-    SetBool(element, L"active", c.active);
-    SetBool(element, L"enabled", c.enabled);
-    SetBool(element, L"acked", c.acked);
+    SetAttribute(element, L"category", CL::CVariant::UI4(c.category));
+    SetAttribute(element, L"active", CL::CVariant::Bool(c.active));
+    SetAttribute(element, L"enabled", CL::CVariant::Bool(c.enabled));
+    SetAttribute(element, L"acked", CL::CVariant::Bool(c.acked));
     SetText(element, L"definition", c.definition);
-    SetUI4(element, L"severity", c.severity);
+    SetAttribute(element, L"severity", CL::CVariant::UI4(c.severity));
     SetText(element, L"description", c.description);
-    SetUI2(element, L"quality", c.quality);
-    SetR8(element, L"lastAckTime", c.lastAckTime);
-    SetR8(element, L"lastActive", c.lastActive);
-    SetR8(element, L"lastInactive", c.lastInactive);
+    SetAttribute(element, L"quality", CL::CVariant::UI2(c.quality));
+    SetAttribute(element, L"lastAckTime", CL::CVariant::R8(c.lastAckTime));
+    SetAttribute(element, L"lastActive", CL::CVariant::R8(c.lastActive));
+    SetAttribute(element, L"lastInactive", CL::CVariant::R8(c.lastInactive));
     SetText(element, L"acknowledgerId", c.acknowledgerId);
     SetText(element, L"comment", c.comment);
 }

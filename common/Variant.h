@@ -20,6 +20,16 @@ public:
     CVariant& operator=(CVariant&& other) noexcept;
     ~CVariant() { ::VariantClear(this); }
 
+    // A variant of one scalar type holding the value (VT_BOOL as
+    // VARIANT_TRUE/VARIANT_FALSE).
+    static CVariant Bool(bool value) noexcept;
+    static CVariant I4(LONG value) noexcept;
+    static CVariant I8(LONGLONG value) noexcept;
+    static CVariant UI2(USHORT value) noexcept;
+    static CVariant UI4(ULONG value) noexcept;
+    static CVariant R4(float value) noexcept;
+    static CVariant R8(double value) noexcept;
+
     void Clear() noexcept { ::VariantClear(this); }
     // Releases the current content and returns the VARIANT for an out parameter.
     VARIANT* ReleaseAndGetAddressOf() noexcept

@@ -93,9 +93,9 @@ CL::CVariant ReadAttribute(IXMLDOMElement* element, const wchar_t* name, VARTYPE
         // conversion accepts.
         if (type == VT_BOOL && value.vt == VT_BSTR) {
             if (CL::EqualsNoCase(CL::TrimWhiteSpace(value.bstrVal), L"true"))
-                return [] { CL::CVariant v; v.vt = VT_BOOL; v.boolVal = VARIANT_TRUE; return v; }();
+                return CL::CVariant::Bool(true);
             if (CL::EqualsNoCase(CL::TrimWhiteSpace(value.bstrVal), L"false"))
-                return [] { CL::CVariant v; v.vt = VT_BOOL; v.boolVal = VARIANT_FALSE; return v; }();
+                return CL::CVariant::Bool(false);
         }
         throw CL::CException(hr, source);
     }
@@ -134,9 +134,7 @@ std::wstring FieldText(const Key& key, const CSettings& settings)
                 return settings.*member;
             } else if constexpr (std::is_same_v<T, bool>) {
                 // The platform's own text for a boolean variant ("-1"/"0").
-                CL::CVariant b;
-                b.vt = VT_BOOL;
-                b.boolVal = (settings.*member) ? VARIANT_TRUE : VARIANT_FALSE;
+                CL::CVariant b = CL::CVariant::Bool(settings.*member);
                 CL::CVariant text;
                 const HRESULT hr = ::VariantChangeTypeEx(&text, &b, kFileLocale, 0, VT_BSTR);
                 if (FAILED(hr))

@@ -25,9 +25,7 @@ std::wstring ErrorsCollectionText(_ADOConnection* connection)
         FAILED(errors->get_Count(&count)))
         return text;
     for (long i = 0; i < count; ++i) {
-        CVariant index;
-        index.vt = VT_I4;
-        index.lVal = i;
+        CVariant index = CVariant::I4(i);
         ComPtr<ADOError> error;
         CBstr description;
         if (FAILED(errors->get_Item(index, error.ReleaseAndGetAddressOf())) || !error ||

@@ -86,18 +86,14 @@ void CHistorianItem::Store(IDbConnection& connection, const CHistorianSql& sql, 
     fields[0].name = L"ItemID";
     fields[0].value = CVariant(m_itemId);
     fields[1].name = L"TimeFrom";
-    fields[1].value.vt = VT_R8;
-    fields[1].value.dblVal = m_timeFrom;
+    fields[1].value = CVariant::R8(m_timeFrom);
     fields[2].name = L"TimeTo";
-    fields[2].value.vt = VT_R8;
-    fields[2].value.dblVal = m_timeTo;
+    fields[2].value = CVariant::R8(m_timeTo);
     fields[3].name = L"ValCount";
-    fields[3].value.vt = VT_UI4;
-    fields[3].value.ulVal = m_cache.ValueCount();
+    fields[3].value = CVariant::UI4(m_cache.ValueCount());
     fields[4].name = L"ItemValues";
     fields[5].name = L"CacheUsedSize";
-    fields[5].value.vt = VT_UI4;
-    fields[5].value.ulVal = m_cache.UsedSize();
+    fields[5].value = CVariant::UI4(m_cache.UsedSize());
 
     // The whole array, capacity included, is lent to the new row's field
     // and taken back before the field could release it.

@@ -6,26 +6,6 @@
 
 namespace CL {
 
-namespace {
-
-CVariant Double(double value)
-{
-    CVariant v;
-    v.vt = VT_R8;
-    v.dblVal = value;
-    return v;
-}
-
-CVariant Unsigned(uint32_t value)
-{
-    CVariant v;
-    v.vt = VT_UI4;
-    v.ulVal = value;
-    return v;
-}
-
-} // namespace
-
 CHistoricDataWriter::CHistoricDataWriter(const std::wstring& connectionString)
     : CHistoricDataWriter(OpenDbConnection(connectionString))
 {
@@ -67,7 +47,7 @@ void CHistoricDataWriter::AppendRun(const std::wstring& itemId, const var_length
         buffer.vt = VT_EMPTY;
         throw CException(hr, L"::SafeArrayCopy (cache.Array (), &buffer.parray)");
     }
-    AppendRawRow(itemId, timeFrom, timeTo, Unsigned(cache.ValueCount()), buffer, Unsigned(cache.UsedSize()));
+    AppendRawRow(itemId, timeFrom, timeTo, CVariant::UI4(cache.ValueCount()), buffer, CVariant::UI4(cache.UsedSize()));
 }
 
 void CHistoricDataWriter::AppendRawRow(const std::wstring& itemId, double timeFrom, double timeTo,
@@ -76,8 +56,8 @@ void CHistoricDataWriter::AppendRawRow(const std::wstring& itemId, double timeFr
 {
     std::vector<DbField> fields;
     fields.push_back({L"ItemID", CVariant(itemId)});
-    fields.push_back({L"TimeFrom", Double(timeFrom)});
-    fields.push_back({L"TimeTo", Double(timeTo)});
+    fields.push_back({L"TimeFrom", CVariant::R8(timeFrom)});
+    fields.push_back({L"TimeTo", CVariant::R8(timeTo)});
     fields.push_back({L"ValCount", CVariant(valCount)});
     fields.push_back({L"ItemValues", CVariant(itemValues)});
     fields.push_back({L"CacheUsedSize", CVariant(cacheUsedSize)});

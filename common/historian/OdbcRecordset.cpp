@@ -151,8 +151,7 @@ void COdbcRecordset::ReadColumn(SQLUSMALLINT number, const Column& column, CVari
     case ColumnKind::Real: {
         double d = 0.0;
         present = ReadFixed(number, SQL_C_DOUBLE, d);
-        value.vt = VT_R8;
-        value.dblVal = d;
+        value = CVariant::R8(d);
         break;
     }
     case ColumnKind::Integer: {
@@ -161,8 +160,7 @@ void COdbcRecordset::ReadColumn(SQLUSMALLINT number, const Column& column, CVari
         // Normalising makes it VT_I4, or an overflow error.
         SQLBIGINT n = 0;
         present = ReadFixed(number, SQL_C_SBIGINT, n);
-        value.vt = VT_I8;
-        value.llVal = n;
+        value = CVariant::I8(n);
         break;
     }
     case ColumnKind::Binary:
