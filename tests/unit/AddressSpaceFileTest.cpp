@@ -62,14 +62,6 @@ ItemPtr MakeItem(const wchar_t* name, VARTYPE vt, DWORD rights = 3, DWORD scanRa
     return item;
 }
 
-CL::CVariant R8(double value)
-{
-    CL::CVariant v;
-    v.vt = VT_R8;
-    v.dblVal = value;
-    return v;
-}
-
 CL::CException CaughtFrom(const std::function<void()>& action)
 {
     try {
@@ -168,7 +160,7 @@ TEST_F(AddressSpaceFile, ItemIsWrittenWithValueChildAndAttributesInOrder)
 {
     SpacePtr space = SpacePtr::Make();
     ItemPtr item = MakeItem(L"Speed", VT_R8, COPCItem::kReadable | COPCItem::kWritable, 1000, false);
-    item->SetValue(R8(12.5));
+    item->SetValue(CL::CVariant::R8(12.5));
     item->SetValueTime(FILETIME{0x55A2F987u, 0x01DA4B6Fu});
     space->RootBranch()->AddItem(item);
     EXPECT_EQ(SaveText(space),

@@ -30,22 +30,6 @@ CVariant Scalar(VARTYPE vt, LONGLONG image)
     return v;
 }
 
-CVariant R8(double d)
-{
-    CVariant v;
-    v.vt = VT_R8;
-    v.dblVal = d;
-    return v;
-}
-
-CVariant R4(float f)
-{
-    CVariant v;
-    v.vt = VT_R4;
-    v.fltVal = f;
-    return v;
-}
-
 HRESULT Change(CVariant& dest, const CVariant& src, VARTYPE vt, LCID locale = kSystem)
 {
     return EnhVariantChangeType(&dest, &src, locale, kFlags, vt);
@@ -54,7 +38,7 @@ HRESULT Change(CVariant& dest, const CVariant& src, VARTYPE vt, LCID locale = kS
 std::wstring R8Text(double d)
 {
     CVariant out;
-    EXPECT_EQ(Change(out, R8(d), VT_BSTR), S_OK);
+    EXPECT_EQ(Change(out, CL::CVariant::R8(d), VT_BSTR), S_OK);
     return BstrText(out);
 }
 
@@ -265,14 +249,14 @@ TEST(EnhVariantChangeType, DoubleToTextHasAtMost15SignificantDigits)
 TEST(EnhVariantChangeType, FloatPointOneIsWidenedBeforeWriting)
 {
     CVariant out;
-    EXPECT_EQ(Change(out, R4(0.1f), VT_BSTR), S_OK);
+    EXPECT_EQ(Change(out, CL::CVariant::R4(0.1f), VT_BSTR), S_OK);
     EXPECT_EQ(BstrText(out), L"0.100000001490116");
 }
 
 TEST(EnhVariantChangeType, DoubleToTextIgnoresTheLocale)
 {
     CVariant out;
-    EXPECT_EQ(Change(out, R8(1.5), VT_BSTR, kGerman), S_OK);
+    EXPECT_EQ(Change(out, CL::CVariant::R8(1.5), VT_BSTR, kGerman), S_OK);
     EXPECT_EQ(BstrText(out), L"1.5");
 }
 
@@ -403,7 +387,7 @@ TEST(VariantToString, EmptyValueGivesEmptyText)
 TEST(VariantToString, ScalarsConvertToText)
 {
     EXPECT_EQ(VariantToString(Scalar(VT_I4, -17), kSystem, kCrLf), L"-17");
-    EXPECT_EQ(VariantToString(R8(0.25), kSystem, kCrLf), L"0.25");
+    EXPECT_EQ(VariantToString(CL::CVariant::R8(0.25), kSystem, kCrLf), L"0.25");
     EXPECT_EQ(VariantToString(CVariant(L"x\u00e4\u4e2d"), kSystem, kCrLf), L"x\u00e4\u4e2d");
 }
 
@@ -487,7 +471,7 @@ TEST(VariantToString, ArrayOfVariantsConvertsEachElement)
 {
     SAFEARRAY* psa = ::SafeArrayCreateVector(VT_VARIANT, 0, 3);
     ASSERT_NE(psa, nullptr);
-    CVariant items[] = {Scalar(VT_I4, 4), CVariant(L"four"), R8(4.5)};
+    CVariant items[] = {Scalar(VT_I4, 4), CVariant(L"four"), CL::CVariant::R8(4.5)};
     for (LONG i = 0; i < 3; ++i)
         ASSERT_EQ(::SafeArrayPutElement(psa, &i, &items[i]), S_OK);
     CVariant v;

@@ -36,31 +36,15 @@ std::string BytesOf(const VARIANT& v)
     return std::string(static_cast<const char*>(v.parray->pvData), n);
 }
 
-CL::CVariant Real(double d)
-{
-    CL::CVariant v;
-    v.vt = VT_R8;
-    v.dblVal = d;
-    return v;
-}
-
-CL::CVariant Unsigned(ULONG n)
-{
-    CL::CVariant v;
-    v.vt = VT_UI4;
-    v.ulVal = n;
-    return v;
-}
-
 std::vector<CL::DbField> Row(const std::wstring& id, double from, const std::string& blob, ULONG count = 3)
 {
     std::vector<CL::DbField> fields;
     fields.push_back({L"ItemID", CL::CVariant(id)});
-    fields.push_back({L"TimeFrom", Real(from)});
-    fields.push_back({L"TimeTo", Real(from + 1.0)});
-    fields.push_back({L"ValCount", Unsigned(count)});
+    fields.push_back({L"TimeFrom", CL::CVariant::R8(from)});
+    fields.push_back({L"TimeTo", CL::CVariant::R8(from + 1.0)});
+    fields.push_back({L"ValCount", CL::CVariant::UI4(count)});
     fields.push_back({L"ItemValues", Bytes(blob)});
-    fields.push_back({L"CacheUsedSize", Unsigned(static_cast<ULONG>(blob.size()))});
+    fields.push_back({L"CacheUsedSize", CL::CVariant::UI4(static_cast<ULONG>(blob.size()))});
     return fields;
 }
 

@@ -15,7 +15,7 @@ using HistorianCache = HistorianDb;
 void CacheAt(CHistorian& historian, const std::wstring& id, std::initializer_list<double> hours)
 {
     for (double h : hours)
-        historian.CacheValue(id, At(h), 192, Real(h));
+        historian.CacheValue(id, At(h), 192, CL::CVariant::R8(h));
 }
 
 struct RetentionCase {
@@ -109,10 +109,10 @@ TEST_P(HistorianCache, KeepLastMinutesDeletesRunsWhoseLastValueIsOlder)
     Configure(CHistorian::kNoLimit, 60);
     const double now = NowUtc();
     const double minute = 1.0 / 1440.0;
-    m_writer->AppendRun(L"t", {{now - 180 * minute, 192, Real(1)}, {now - 90 * minute, 192, Real(2)}});
-    m_writer->AppendRun(L"t", {{now - 70 * minute, 192, Real(3)}, {now - 30 * minute, 192, Real(4)}});
-    m_writer->AppendRun(L"other", {{now - 180 * minute, 192, Real(9)}});
-    m_historian.CacheValue(L"t", now, 192, Real(5));
+    m_writer->AppendRun(L"t", {{now - 180 * minute, 192, CL::CVariant::R8(1)}, {now - 90 * minute, 192, CL::CVariant::R8(2)}});
+    m_writer->AppendRun(L"t", {{now - 70 * minute, 192, CL::CVariant::R8(3)}, {now - 30 * minute, 192, CL::CVariant::R8(4)}});
+    m_writer->AppendRun(L"other", {{now - 180 * minute, 192, CL::CVariant::R8(9)}});
+    m_historian.CacheValue(L"t", now, 192, CL::CVariant::R8(5));
     m_historian.SaveCaches();
     ASSERT_EQ(m_statements.size(), 2u);
     EXPECT_EQ(m_statements[1].substr(0, 41), L"\t\t\t\tDELETE FROM HistoricData \t\t\t\tWHERE Ti");

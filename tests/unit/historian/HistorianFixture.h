@@ -33,29 +33,13 @@ inline double At(double hours)
     return kDay + hours * kHour;
 }
 
-inline CL::CVariant Real(double d)
-{
-    CL::CVariant v;
-    v.vt = VT_R8;
-    v.dblVal = d;
-    return v;
-}
-
-inline CL::CVariant Unsigned(ULONG n)
-{
-    CL::CVariant v;
-    v.vt = VT_UI4;
-    v.ulVal = n;
-    return v;
-}
-
 // Values at the given hours; each value is its hour as a double, so the
 // values read back tell which records were delivered and in what order.
 inline std::vector<CL::CHistoricValue> ValuesAt(std::initializer_list<double> hours)
 {
     std::vector<CL::CHistoricValue> values;
     for (double h : hours)
-        values.push_back({At(h), 192, Real(h)});
+        values.push_back({At(h), 192, CL::CVariant::R8(h)});
     return values;
 }
 

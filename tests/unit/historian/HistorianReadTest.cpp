@@ -30,7 +30,7 @@ TEST_P(HistorianRead, NeitherBoundReturnsAllValuesInRunOrderThenRecordOrder)
 
 TEST_P(HistorianRead, TimesComeAsFileTimesOfTheRecords)
 {
-    m_writer->AppendRun(L"t", {{At(1.5) + 250.0 / 86400000.0, 0xC0, Real(1)}});
+    m_writer->AppendRun(L"t", {{At(1.5) + 250.0 / 86400000.0, 0xC0, CL::CVariant::R8(1)}});
     CHistorianValues out;
     ASSERT_EQ(m_historian.ReadRange(L"t", false, 0.0, false, 0.0, 0, out), S_OK);
     ASSERT_EQ(out.times.size(), 1u);
@@ -121,7 +121,7 @@ TEST_P(HistorianRead, RowWithValCountZeroIsSkippedWithBadInfoInFields)
     WriteRun(L"t", {1});
     uint32_t used = 0;
     const CL::CVariant buffer = PatchedBuffer(ValuesAt({2}), used, [](BYTE*) {});
-    m_writer->AppendRawRow(L"t", At(2), At(2), Unsigned(0), buffer, Unsigned(used));
+    m_writer->AppendRawRow(L"t", At(2), At(2), CL::CVariant::UI4(0), buffer, CL::CVariant::UI4(used));
     WriteRun(L"t", {3});
     const test::LogCapture log;
     CHistorianValues out;
@@ -152,7 +152,7 @@ TEST_P(HistorianRead, CorruptRowDeliversItsValuesBeforeTheFaultAndTheReadGoesOn)
         data[52 + 10] = VT_DISPATCH;
         data[52 + 11] = 0;
     });
-    m_writer->AppendRawRow(L"t", At(2), At(4), Unsigned(3), buffer, Unsigned(used));
+    m_writer->AppendRawRow(L"t", At(2), At(4), CL::CVariant::UI4(3), buffer, CL::CVariant::UI4(used));
     WriteRun(L"t", {5});
     const test::LogCapture log;
     CHistorianValues out;
@@ -168,8 +168,8 @@ TEST_P(HistorianRead, UsedSizeBeyondTheBufferIsBadInfoInDb)
 {
     uint32_t used = 0;
     const CL::CVariant buffer = PatchedBuffer(ValuesAt({1}), used, [](BYTE*) {});
-    m_writer->AppendRawRow(L"t", At(1), At(1), Unsigned(1), buffer,
-                           Unsigned(buffer.parray->rgsabound[0].cElements + 1));
+    m_writer->AppendRawRow(L"t", At(1), At(1), CL::CVariant::UI4(1), buffer,
+                           CL::CVariant::UI4(buffer.parray->rgsabound[0].cElements + 1));
     WriteRun(L"t", {2});
     const test::LogCapture log;
     CHistorianValues out;
@@ -185,8 +185,8 @@ TEST_P(HistorianRead, SpareBytesAfterTheUsedSizeAreNeverRead)
     // A cache grown by its writer keeps spare room; the row stores it whole.
     CL::var_length_container cache;
     cache.Reserve(4096);
-    cache.Append(At(1), 192, Real(1));
-    cache.Append(At(2), 192, Real(2));
+    cache.Append(At(1), 192, CL::CVariant::R8(1));
+    cache.Append(At(2), 192, CL::CVariant::R8(2));
     m_writer->AppendRun(L"t", cache, At(1), At(2));
     CHistorianValues out;
     EXPECT_EQ(m_historian.ReadRange(L"t", false, 0.0, false, 0.0, 0, out), S_OK);
