@@ -1,6 +1,6 @@
 #include "addressspace/OPCItem.h"
 
-#include "addressspace/NoCaseLess.h"
+#include "addressspace/NodeRename.h"
 #include "addressspace/OPCServerAddressSpaceBranch.h"
 #include "common/Exception.h"
 
@@ -33,14 +33,10 @@ COPCItem::COPCItem(DWORD accessRights, DWORD scanRate, bool archive, WORD qualit
 
 void COPCItem::Rename(const wchar_t* newName)
 {
-    if (newName == nullptr || *newName == L'\0')
-        throw CL::CException(E_INVALIDARG, L"COPCItem::Rename");
-    const std::wstring name(newName);
-    if (!m_name.empty() && EqualNoCase(m_name, name))
-        return;   // a change of letter case only is ignored on purpose
-    if (m_parent)
-        m_parent->RekeyItem(m_name, name);
-    m_name = name;
+    RenameNode(m_name, newName, L"COPCItem::Rename", [this](const std::wstring& oldName, const std::wstring& name) {
+        if (m_parent)
+            m_parent->RekeyItem(oldName, name);
+    });
 }
 
 CL::CVariant COPCItem::Value() const

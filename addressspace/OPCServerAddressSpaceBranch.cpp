@@ -1,12 +1,19 @@
 #include "addressspace/OPCServerAddressSpaceBranch.h"
 
+#include "addressspace/NodeRename.h"
 #include "common/Exception.h"
 
 namespace {
 
-bool IsEmptyName(const wchar_t* name)
+// The values of a map in key order.
+template <typename Map>
+std::vector<typename Map::mapped_type> MappedValues(const Map& map)
 {
-    return name == nullptr || *name == L'\0';
+    std::vector<typename Map::mapped_type> values;
+    values.reserve(map.size());
+    for (const auto& [name, value] : map)
+        values.push_back(value);
+    return values;
 }
 
 // Inserts name -> child unless the name (ignoring case) is taken.
@@ -60,14 +67,11 @@ COPCServerAddressSpaceBranch::~COPCServerAddressSpaceBranch()
 
 void COPCServerAddressSpaceBranch::Rename(const wchar_t* newName)
 {
-    if (IsEmptyName(newName))
-        throw CL::CException(E_INVALIDARG, L"COPCServerAddressSpaceBranch::Rename");
-    const std::wstring name(newName);
-    if (!m_name.empty() && EqualNoCase(m_name, name))
-        return;   // a change of letter case only is ignored on purpose
-    if (m_parent)
-        m_parent->RekeyBranch(m_name, name);
-    m_name = name;
+    RenameNode(m_name, newName, L"COPCServerAddressSpaceBranch::Rename",
+               [this](const std::wstring& oldName, const std::wstring& name) {
+                   if (m_parent)
+                       m_parent->RekeyBranch(oldName, name);
+               });
 }
 
 bool COPCServerAddressSpaceBranch::IsSelfOrAncestor(const COPCServerAddressSpaceBranch* branch) const
@@ -129,21 +133,13 @@ COPCServerAddressSpaceBranch::ItemPtr COPCServerAddressSpaceBranch::FindItem(con
 std::vector<COPCServerAddressSpaceBranch::BranchPtr> COPCServerAddressSpaceBranch::Branches() const
 {
     CL::CCriticalSection::Lock lock(m_lock);
-    std::vector<BranchPtr> branches;
-    branches.reserve(m_branches.size());
-    for (const auto& [name, branch] : m_branches)
-        branches.push_back(branch);
-    return branches;
+    return MappedValues(m_branches);
 }
 
 std::vector<COPCServerAddressSpaceBranch::ItemPtr> COPCServerAddressSpaceBranch::Items() const
 {
     CL::CCriticalSection::Lock lock(m_lock);
-    std::vector<ItemPtr> items;
-    items.reserve(m_items.size());
-    for (const auto& [name, item] : m_items)
-        items.push_back(item);
-    return items;
+    return MappedValues(m_items);
 }
 
 size_t COPCServerAddressSpaceBranch::BranchCount() const
