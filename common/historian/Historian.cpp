@@ -171,7 +171,6 @@ bool CHistorian::ReadRows(IDbConnection& connection, const std::wstring& itemId,
     if (m_observer)
         m_observer(sql);
     const std::unique_ptr<IDbRecordset> recordset = connection.Query(sql);
-    CDecodedRecord record;
     for (; !recordset->IsEof(); recordset->MoveNext()) {
         try {
             const long valueCount = FieldAs(*recordset, L"ValCount", VT_I4).lVal;
@@ -186,16 +185,9 @@ bool CHistorian::ReadRows(IDbConnection& connection, const std::wstring& itemId,
                                        static_cast<uint32_t>(valueCount));
             buffer.vt = VT_EMPTY;   // the cache owns the array now
             buffer.parray = nullptr;
-            for (CRecordCursor cursor = cache.Records(); !cursor.AtEnd();) {
-                cursor.Next(record);
-                if ((hasFrom && record.time < from) || (hasTo && record.time >= to))
-                    continue;
-                if (maxCount != 0 && out.Size() >= maxCount)
-                    return false;
-                out.times.push_back(DateToFileTime(record.time));
-                out.qualities.push_back(record.quality);
-                out.values.push_back(std::move(record.value));
-            }
+            // A stored row's upper bound is exclusive.
+            if (!AppendRecordsInRange(cache, hasFrom, from, hasTo, to, false, maxCount, out))
+                return false;
         } catch (...) {
             LogCaughtException(1, kRowFailureMarker);
             if (LogEnabled(1))

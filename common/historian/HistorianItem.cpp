@@ -141,10 +141,17 @@ bool CHistorianItem::Deliver(bool hasFrom, double from, bool hasTo, double to, D
         return true;
     if ((hasFrom && m_timeTo < from) || (hasTo && m_timeFrom > to))
         return true;
+    return AppendRecordsInRange(m_cache, hasFrom, from, hasTo, to, true, maxCount, out);
+}
+
+bool AppendRecordsInRange(const var_length_container& cache, bool hasFrom, double from, bool hasTo, double to,
+                          bool toIncluded, DWORD maxCount, CHistorianValues& out)
+{
     CDecodedRecord record;
-    for (CRecordCursor cursor = m_cache.Records(); !cursor.AtEnd();) {
+    for (CRecordCursor cursor = cache.Records(); !cursor.AtEnd();) {
         cursor.Next(record);
-        if ((hasFrom && record.time < from) || (hasTo && record.time > to))
+        const bool pastTo = toIncluded ? record.time > to : record.time >= to;
+        if ((hasFrom && record.time < from) || (hasTo && pastTo))
             continue;
         if (maxCount != 0 && out.Size() >= maxCount)
             return false;

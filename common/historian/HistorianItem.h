@@ -68,4 +68,11 @@ private:
 // Turns an OLE date (UTC) into a FILETIME through its calendar fields.
 FILETIME DateToFileTime(DATE date);
 
+// Appends the records of a run whose time lies in the range to `out` until
+// `maxCount` (0 = no limit) values are there: from `from` on (when hasFrom)
+// up to `to` (when hasTo), `to` itself only when toIncluded. Returns false
+// when the maximum stopped it.
+bool AppendRecordsInRange(const var_length_container& cache, bool hasFrom, double from, bool hasTo, double to,
+                          bool toIncluded, DWORD maxCount, CHistorianValues& out);
+
 } // namespace CL
