@@ -53,6 +53,23 @@ void Query(IServiceManager& scm, SC_HANDLE service, SERVICE_STATUS& status, cons
         ThrowLastError(source);
 }
 
+// Polls the service's status, sleeping its wait hint before each query,
+// until it reaches `state` (true) or more than timeoutMs have passed since
+// startTick (false). A status already in that state returns true at once.
+bool WaitForState(IServiceManager& scm, SC_HANDLE service, SERVICE_STATUS& status, DWORD state,
+                  DWORD startTick, DWORD timeoutMs, const wchar_t* querySource)
+{
+    while (status.dwCurrentState != state) {
+        scm.Sleep(status.dwWaitHint);
+        Query(scm, service, status, querySource);
+        if (status.dwCurrentState == state)
+            return true;
+        if (Elapsed(scm, startTick) > timeoutMs)
+            return false;
+    }
+    return true;
+}
+
 // The active services that depend on this one, as the manager lists them.
 std::vector<std::wstring> ActiveDependents(IServiceManager& scm, SC_HANDLE service)
 {
@@ -88,14 +105,8 @@ void StopDependent(IServiceManager& scm, SC_HANDLE manager, const std::wstring& 
         if (error != ERROR_SERVICE_NOT_ACTIVE)
             ThrowError(error, kRequestSource);
     }
-    while (status.dwCurrentState != SERVICE_STOPPED) {
-        scm.Sleep(status.dwWaitHint);
-        Query(scm, dependent.get(), status, kDependentQuerySource);
-        if (status.dwCurrentState == SERVICE_STOPPED)
-            break;
-        if (Elapsed(scm, startTick) > timeoutMs)
-            throw CException(kServiceTimeoutError, L"");
-    }
+    if (!WaitForState(scm, dependent.get(), status, SERVICE_STOPPED, startTick, timeoutMs, kDependentQuerySource))
+        throw CException(kServiceTimeoutError, L"");
 }
 
 } // namespace
@@ -132,16 +143,9 @@ DWORD StartServiceAndWait(const std::wstring& name, const std::wstring& machine,
     const DWORD startTick = scm.GetTickCount();
     SERVICE_STATUS status = {};
     Query(scm, service.get(), status, kWaitQuerySource);
-    if (status.dwCurrentState == SERVICE_RUNNING)
-        return kServiceDone;
-    for (;;) {
-        scm.Sleep(status.dwWaitHint);
-        Query(scm, service.get(), status, kWaitQuerySource);
-        if (status.dwCurrentState == SERVICE_RUNNING)
-            return kServiceDone;
-        if (Elapsed(scm, startTick) > timeoutMs)
-            return kServiceNotYet;
-    }
+    return WaitForState(scm, service.get(), status, SERVICE_RUNNING, startTick, timeoutMs, kWaitQuerySource)
+               ? kServiceDone
+               : kServiceNotYet;
 }
 
 DWORD StopServiceAndWait(const std::wstring& name, const std::wstring& machine, DWORD noWaitThreadId,
@@ -171,15 +175,9 @@ DWORD StopServiceAndWait(const std::wstring& name, const std::wstring& machine, 
     if (noWaitThreadId == ::GetCurrentThreadId())
         return kServiceNotYet;
 
-    while (status.dwCurrentState != SERVICE_STOPPED) {
-        scm.Sleep(status.dwWaitHint);
-        Query(scm, service.get(), status, kWaitQuerySource);
-        if (status.dwCurrentState == SERVICE_STOPPED)
-            return kServiceDone;
-        if (Elapsed(scm, startTick) > timeoutMs)
-            return kServiceNotYet;
-    }
-    return kServiceDone;
+    return WaitForState(scm, service.get(), status, SERVICE_STOPPED, startTick, timeoutMs, kWaitQuerySource)
+               ? kServiceDone
+               : kServiceNotYet;
 }
 
 void ControlServiceCode(const std::wstring& name, DWORD code, const std::wstring& machine)
