@@ -12,6 +12,7 @@
 #include <string>
 
 #include "addressspace/OPCServerAddressSpace.h"
+#include "bench/BenchTiming.h"
 #include "common/Exception.h"
 #include "common/MsXml.h"
 #include "common/Variant.h"
@@ -20,23 +21,13 @@
 
 namespace {
 
+using Bench::Seconds;
+
 using BranchPtr = CL::CSmartPtr<COPCServerAddressSpaceBranch>;
 using ItemPtr = CL::CSmartPtr<COPCItem>;
 
 constexpr int kFanOut = 10;
 constexpr int kItemsPerLeaf = 100;
-
-double Seconds()
-{
-    static LARGE_INTEGER frequency = [] {
-        LARGE_INTEGER f;
-        ::QueryPerformanceFrequency(&f);
-        return f;
-    }();
-    LARGE_INTEGER now;
-    ::QueryPerformanceCounter(&now);
-    return static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
 
 // Items of mixed kinds: doubles, integers, strings, booleans, small arrays,
 // and some without a value.

@@ -19,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/BenchTiming.h"
 #include "common/Exception.h"
 #include "common/Text.h"
 #include "common/historian/DbError.h"
@@ -51,21 +52,6 @@ double UpperBound()
 std::wstring ConnectionString(const wchar_t* path)
 {
     return std::wstring(L"Driver={SQLite3};Database=") + path + L";";
-}
-
-double Seconds(const LARGE_INTEGER& start)
-{
-    LARGE_INTEGER now, frequency;
-    ::QueryPerformanceCounter(&now);
-    ::QueryPerformanceFrequency(&frequency);
-    return double(now.QuadPart - start.QuadPart) / double(frequency.QuadPart);
-}
-
-LARGE_INTEGER Now()
-{
-    LARGE_INTEGER t;
-    ::QueryPerformanceCounter(&t);
-    return t;
 }
 
 int Build(const wchar_t* path)
@@ -102,9 +88,9 @@ int Summary(const wchar_t* path)
 {
     CL::CHistorian historian;
     historian.Configure(ConnectionString(path), CL::CHistorian::kNoLimit, CL::CHistorian::kNoLimit, 50);
-    const LARGE_INTEGER start = Now();
+    const double start = Bench::Seconds();
     const auto summary = historian.ReadSummary();
-    std::printf("seconds=%.4f count=%zu\n", Seconds(start), summary.size());
+    std::printf("seconds=%.4f count=%zu\n", Bench::SecondsSince(start), summary.size());
     return summary.size() == kItems ? 0 : 1;
 }
 
@@ -113,9 +99,9 @@ int Read(const wchar_t* path, const wchar_t* item, bool bounded)
     CL::CHistorian historian;
     historian.Configure(ConnectionString(path), CL::CHistorian::kNoLimit, CL::CHistorian::kNoLimit, 50);
     CL::CHistorianValues out;
-    const LARGE_INTEGER start = Now();
+    const double start = Bench::Seconds();
     const HRESULT hr = historian.ReadRange(item, bounded, LowerBound(), bounded, UpperBound(), 0, out);
-    std::printf("seconds=%.4f count=%zu\n", Seconds(start), out.Size());
+    std::printf("seconds=%.4f count=%zu\n", Bench::SecondsSince(start), out.Size());
     return hr == S_OK ? 0 : 1;
 }
 
@@ -126,9 +112,9 @@ int Delete(const wchar_t* path)
     std::vector<std::wstring> items;
     for (int i = 0; i < kItems; ++i)
         items.push_back(ItemName(i));
-    const LARGE_INTEGER start = Now();
+    const double start = Bench::Seconds();
     historian.DeleteItems(items, true, LowerBound(), true, UpperBound());
-    const double seconds = Seconds(start);
+    const double seconds = Bench::SecondsSince(start);
     long rows = 0;
     for (const auto& entry : historian.ReadSummary())
         rows += entry.valueCount / kValuesPerRun;

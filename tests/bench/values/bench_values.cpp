@@ -12,24 +12,15 @@
 #include <string>
 #include <vector>
 
+#include "bench/BenchTiming.h"
 #include "common/Util_Variant.h"
 #include "common/historian/var_length_container.h"
 
 namespace {
 
-constexpr int kPasses = 3;
+using Bench::Seconds;
 
-double Seconds()
-{
-    static LARGE_INTEGER frequency = [] {
-        LARGE_INTEGER f;
-        ::QueryPerformanceFrequency(&f);
-        return f;
-    }();
-    LARGE_INTEGER now;
-    ::QueryPerformanceCounter(&now);
-    return static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
+constexpr int kPasses = 3;
 
 CL::var_length_container BuildRun(const VARIANT& value, uint32_t count)
 {
