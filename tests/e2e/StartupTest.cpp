@@ -4,6 +4,7 @@
 
 #include <regex>
 
+#include "SettingsFileXml.h"
 #include "TestSupport.h"
 #include "app/DummyWnd.h"
 #include "common/Text.h"
@@ -14,14 +15,7 @@ namespace {
 
 std::string SettingsXml(int traceLevel, const std::string& serviceName)
 {
-    return "<Morvane_ini Title=\"Varnel\" CustomADOConnection=\"0\" ADOConnection=\"\" StartCCM=\"0\" CCM=\"\" "
-           "StartEmpty=\"0\" HDAServer_CLSID=\"{6E2D1A40-3B7C-4F8E-9A51-0C4D2B7E8A01}\" "
-           "DAServer_CLSID=\"{6E2D1A41-3B7C-4F8E-9A51-0C4D2B7E8A01}\" "
-           "AEServer_CLSID=\"{6E2D1A42-3B7C-4F8E-9A51-0C4D2B7E8A01}\" ServiceName=\"" + serviceName +
-           "\" MapItemsToFiles=\"0\" EnableXmlDa=\"-1\" XmlDaPort=\"8082\" "
-           "CcmServer_CLSID=\"{6E2D1A43-3B7C-4F8E-9A51-0C4D2B7E8A01}\" EnableUa=\"-1\" UaPort=\"8083\" "
-           "TraceLevel=\"" + std::to_string(traceLevel) + "\" DbKeepAllValues=\"-1\" DbKeepLastValues=\"0\" "
-           "DbLastValues=\"1000\" DbKeepLastMinutesValues=\"0\" DbLastMinutesValues=\"1440\" DbDeletePercent=\"50\"/>";
+    return test::SettingsFileXml({{"ServiceName", serviceName}, {"TraceLevel", std::to_string(traceLevel)}});
 }
 
 // An installation folder holding a copy of the control panel and its settings.

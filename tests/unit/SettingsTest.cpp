@@ -2,6 +2,9 @@
 
 #include <objbase.h>
 
+#include <optional>
+
+#include "SettingsFileXml.h"
 #include "TestSupport.h"
 #include "common/Exception.h"
 #include "common/Text.h"
@@ -15,6 +18,16 @@ protected:
     void TearDown() override { ::CoUninitialize(); }
     std::wstring Path() const { return dir.File(L"Morvane.ini.xml"); }
     void Write(const std::string& xml) { test::WriteFileBytes(Path(), xml); }
+    // Loads the file into s; the CException the load raised, if any.
+    std::optional<CL::CException> LoadError(CSettings& s) const
+    {
+        try {
+            LoadSettingsFrom(Path(), s);
+        } catch (const CL::CException& e) {
+            return e;
+        }
+        return std::nullopt;
+    }
     test::TempDir dir;
 };
 
@@ -26,14 +39,49 @@ std::wstring GuidText(const GUID& guid)
 }
 
 // Every key, in the order the file lists them, with values other than the defaults.
-const char kFullFile[] =
-    "<Morvane_ini Title=\"  Plant 7 &#9;\" CustomADOConnection=\"true\" ADOConnection=\" Provider=SQLOLEDB;Data Source=db \" "
-    "StartCCM=\"-1\" CCM=\"ccm.exe\" StartEmpty=\"True\" HDAServer_CLSID=\"{00000000-0000-0000-0000-000000000000}\" "
-    "DAServer_CLSID=\"{11111111-2222-3333-4444-555555555555}\" AEServer_CLSID=\"{AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE}\" "
-    "ServiceName=\"MorvaneTest\" MapItemsToFiles=\"1\" EnableXmlDa=\"false\" XmlDaPort=\"9000\" "
-    "CcmServer_CLSID=\"{12345678-9ABC-DEF0-1234-56789ABCDEF0}\" EnableUa=\"0\" UaPort=\"-5\" TraceLevel=\"4\" "
-    "DbKeepAllValues=\"FALSE\" DbKeepLastValues=\"TRUE\" DbLastValues=\"250\" DbKeepLastMinutesValues=\"7\" "
-    "DbLastMinutesValues=\"60\" DbDeletePercent=\"20\"/>";
+const std::string kFullFile = test::SettingsFileXml({
+    {"Title", "  Plant 7 &#9;"},
+    {"CustomADOConnection", "true"},
+    {"ADOConnection", " Provider=SQLOLEDB;Data Source=db "},
+    {"StartCCM", "-1"},
+    {"CCM", "ccm.exe"},
+    {"StartEmpty", "True"},
+    {"HDAServer_CLSID", "{00000000-0000-0000-0000-000000000000}"},
+    {"DAServer_CLSID", "{11111111-2222-3333-4444-555555555555}"},
+    {"AEServer_CLSID", "{AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE}"},
+    {"ServiceName", "MorvaneTest"},
+    {"MapItemsToFiles", "1"},
+    {"EnableXmlDa", "false"},
+    {"XmlDaPort", "9000"},
+    {"CcmServer_CLSID", "{12345678-9ABC-DEF0-1234-56789ABCDEF0}"},
+    {"EnableUa", "0"},
+    {"UaPort", "-5"},
+    {"TraceLevel", "4"},
+    {"DbKeepAllValues", "FALSE"},
+    {"DbKeepLastValues", "TRUE"},
+    {"DbLastValues", "250"},
+    {"DbKeepLastMinutesValues", "7"},
+    {"DbLastMinutesValues", "60"},
+    {"DbDeletePercent", "20"},
+});
+
+// kFullFile with one attribute (given with its leading space) left out.
+std::string FullFileWithout(const std::string& attribute)
+{
+    std::string xml = kFullFile;
+    const size_t at = xml.find(attribute);
+    EXPECT_NE(at, std::string::npos) << attribute;
+    return at == std::string::npos ? xml : xml.erase(at, attribute.size());
+}
+
+// kFullFile with the attribute text `from` replaced by `to`.
+std::string FullFileWith(const std::string& from, const std::string& to)
+{
+    std::string xml = kFullFile;
+    const size_t at = xml.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    return at == std::string::npos ? xml : xml.replace(at, from.size(), to);
+}
 
 } // namespace
 
@@ -96,13 +144,8 @@ TEST_F(SettingsTest, SavedFileIsOneElementWithEveryKeyInTableOrder)
     const std::string xml = test::ReadFileBytes(Path());
     EXPECT_EQ(xml.find("<?xml"), std::string::npos) << "no XML declaration is written";
     EXPECT_EQ(xml.rfind("<Morvane_ini ", 0), 0u) << xml;
-    const char* keys[] = {"Title", "CustomADOConnection", "ADOConnection", "StartCCM", "CCM", "StartEmpty",
-                          "HDAServer_CLSID", "DAServer_CLSID", "AEServer_CLSID", "ServiceName", "MapItemsToFiles",
-                          "EnableXmlDa", "XmlDaPort", "CcmServer_CLSID", "EnableUa", "UaPort", "TraceLevel",
-                          "DbKeepAllValues", "DbKeepLastValues", "DbLastValues", "DbKeepLastMinutesValues",
-                          "DbLastMinutesValues", "DbDeletePercent"};
     size_t at = 0;
-    for (const char* key : keys) {
+    for (const std::string& key : test::SettingsFileKeys()) {
         const size_t found = xml.find(std::string(" ") + key + "=\"", at);
         ASSERT_NE(found, std::string::npos) << key << " missing or out of order in " << xml;
         at = found + 1;
@@ -195,10 +238,7 @@ TEST_F(SettingsTest, BooleansAreReadInEveryForm)
                  {"FALSE", false}, {"-1", true},     {"0", false},   {"1", true},      {"42", true},
                  {"-7", true}};
     for (const Case& c : cases) {
-        std::string xml = kFullFile;
-        const std::string from = "StartCCM=\"-1\"";
-        xml.replace(xml.find(from), from.size(), std::string("StartCCM=\"") + c.text + "\"");
-        Write(xml);
+        Write(FullFileWith("StartCCM=\"-1\"", std::string("StartCCM=\"") + c.text + "\""));
         CSettings s;
         s.StartCCM = !c.expected;
         LoadSettingsFrom(Path(), s);
@@ -208,33 +248,23 @@ TEST_F(SettingsTest, BooleansAreReadInEveryForm)
 
 TEST_F(SettingsTest, RootElementOtherThanMorvaneIniRaisesAtTheFirstKey)
 {
-    std::string xml = kFullFile;
-    xml.replace(1, 11, "Other_ini");
-    Write(xml);
+    Write(FullFileWith("<Morvane_ini ", "<Other_ini "));
     CSettings s;
-    try {
-        LoadSettingsFrom(Path(), s);
-        FAIL() << "no error raised";
-    } catch (const CL::CException& e) {
-        EXPECT_EQ(e.Error(), E_POINTER);
-        EXPECT_NE(e.Source().find(L"Title"), std::wstring::npos) << "raised at the first key";
-    }
+    const auto error = LoadError(s);
+    ASSERT_TRUE(error) << "no error raised";
+    EXPECT_EQ(error->Error(), E_POINTER);
+    EXPECT_NE(error->Source().find(L"Title"), std::wstring::npos) << "raised at the first key";
     EXPECT_EQ(s.Title, L"Varnel");
     EXPECT_EQ(s.ServiceName, L"Morvane");
 }
 
 TEST_F(SettingsTest, FileLackingDbDeletePercentReadsEverythingElseThenRaises)
 {
-    std::string xml = kFullFile;
-    xml.erase(xml.find(" DbDeletePercent=\"20\""), std::string(" DbDeletePercent=\"20\"").size());
-    Write(xml);
+    Write(FullFileWithout(" DbDeletePercent=\"20\""));
     CSettings s;
-    try {
-        LoadSettingsFrom(Path(), s);
-        FAIL() << "no error raised";
-    } catch (const CL::CException& e) {
-        EXPECT_NE(e.Source().find(L"DbDeletePercent"), std::wstring::npos);
-    }
+    const auto error = LoadError(s);
+    ASSERT_TRUE(error) << "no error raised";
+    EXPECT_NE(error->Source().find(L"DbDeletePercent"), std::wstring::npos);
     EXPECT_EQ(s.ServiceName, L"MorvaneTest");
     EXPECT_EQ(s.DbLastMinutesValues, 60);
     EXPECT_EQ(s.DbDeletePercent, 50);
@@ -242,16 +272,11 @@ TEST_F(SettingsTest, FileLackingDbDeletePercentReadsEverythingElseThenRaises)
 
 TEST_F(SettingsTest, FileLackingATextKeyRaisesAtThatKey)
 {
-    std::string xml = kFullFile;
-    xml.erase(xml.find(" CCM=\"ccm.exe\""), std::string(" CCM=\"ccm.exe\"").size());
-    Write(xml);
+    Write(FullFileWithout(" CCM=\"ccm.exe\""));
     CSettings s;
-    try {
-        LoadSettingsFrom(Path(), s);
-        FAIL() << "no error raised";
-    } catch (const CL::CException& e) {
-        EXPECT_NE(e.Source().find(L"'CCM'"), std::wstring::npos) << CL::ToUtf8(e.Source());
-    }
+    const auto error = LoadError(s);
+    ASSERT_TRUE(error) << "no error raised";
+    EXPECT_NE(error->Source().find(L"'CCM'"), std::wstring::npos) << CL::ToUtf8(error->Source());
     EXPECT_TRUE(s.StartCCM) << "the key before it was read";
     EXPECT_EQ(s.CCM, L"") << "the missing key keeps its default";
     EXPECT_FALSE(s.StartEmpty) << "the key after it was not read";
@@ -259,17 +284,11 @@ TEST_F(SettingsTest, FileLackingATextKeyRaisesAtThatKey)
 
 TEST_F(SettingsTest, FileLackingAGuidKeyRaisesAtThatKey)
 {
-    std::string xml = kFullFile;
-    const std::string attribute = " AEServer_CLSID=\"{AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE}\"";
-    xml.erase(xml.find(attribute), attribute.size());
-    Write(xml);
+    Write(FullFileWithout(" AEServer_CLSID=\"{AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE}\""));
     CSettings s;
-    try {
-        LoadSettingsFrom(Path(), s);
-        FAIL() << "no error raised";
-    } catch (const CL::CException& e) {
-        EXPECT_NE(e.Source().find(L"'AEServer_CLSID'"), std::wstring::npos) << CL::ToUtf8(e.Source());
-    }
+    const auto error = LoadError(s);
+    ASSERT_TRUE(error) << "no error raised";
+    EXPECT_NE(error->Source().find(L"'AEServer_CLSID'"), std::wstring::npos) << CL::ToUtf8(error->Source());
     EXPECT_EQ(GuidText(s.DAServer_CLSID), L"{11111111-2222-3333-4444-555555555555}");
     EXPECT_TRUE(IsEqualGUID(s.AEServer_CLSID, CL::kDefaultAEServerClsid));
     EXPECT_EQ(s.ServiceName, L"Morvane");
@@ -306,9 +325,7 @@ TEST_F(SettingsTest, SaveOverAReadOnlyFileRaisesAccessDeniedAndKeepsTheFile)
 
 TEST_F(SettingsTest, WrongTypeRaisesAtThatKeyAfterTheEarlierKeys)
 {
-    std::string xml = kFullFile;
-    xml.replace(xml.find("TraceLevel=\"4\""), 14, "TraceLevel=\"four\"");
-    Write(xml);
+    Write(FullFileWith("TraceLevel=\"4\"", "TraceLevel=\"four\""));
     CSettings s;
     EXPECT_THROW(LoadSettingsFrom(Path(), s), CL::CException);
     EXPECT_EQ(s.UaPort, -5) << "keys before the bad one hold the file's values";
@@ -335,9 +352,7 @@ TEST_F(SettingsTest, EmptyFileKeepsTheDefaults)
 
 TEST_F(SettingsTest, UnparsableGuidIsNotDetected)
 {
-    std::string xml = kFullFile;
-    xml.replace(xml.find("{11111111-2222-3333-4444-555555555555}"), 38, "not a guid");
-    Write(xml);
+    Write(FullFileWith("{11111111-2222-3333-4444-555555555555}", "not a guid"));
     CSettings s;
     EXPECT_NO_THROW(LoadSettingsFrom(Path(), s));
     EXPECT_EQ(s.ServiceName, L"MorvaneTest");
