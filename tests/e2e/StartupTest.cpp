@@ -50,6 +50,18 @@ HWND WaitForTrayWindow(const test::Process& p)
     return test::WaitForProcessWindow(p.Id(), CDummyWnd::kClassName, 20s);
 }
 
+// Starts the control panel, waits for its tray window and closes it through
+// that window; a fatal failure when the window does not appear or the exit
+// code is not 0.
+void StartAndClose(const Installation& install)
+{
+    test::Process panel(install.Exe(), L"");
+    const HWND tray = WaitForTrayWindow(panel);
+    ASSERT_NE(tray, nullptr);
+    ::PostMessageW(tray, WM_CLOSE, 0, 0);
+    ASSERT_EQ(panel.Wait(20s), 0u);
+}
+
 } // namespace
 
 TEST(Startup, SecondInstanceSaysAlreadyRunningAndExitsZeroWhileTheFirstKeepsRunning)
@@ -116,13 +128,7 @@ TEST(Startup, SameExecutableCopiedToAnotherFolderIsNotTheSameInstance)
 TEST(Startup, StartAndStopAtTraceLevel2LogStartingAndStoppedInTheLineFormat)
 {
     Installation install(2);
-    {
-        test::Process panel(install.Exe(), L"");
-        HWND tray = WaitForTrayWindow(panel);
-        ASSERT_NE(tray, nullptr);
-        ::PostMessageW(tray, WM_CLOSE, 0, 0);
-        ASSERT_EQ(panel.Wait(20s), 0u);
-    }
+    ASSERT_NO_FATAL_FAILURE(StartAndClose(install));
     const std::string log = install.LogText();
     const std::regex expected(
         "\\d\\d:\\d\\d:\\d\\d:\\d{4} \\([0-9a-f]{8}\\) \\[2\\] Starting \\.{51} \\[MorvaneGui, 50\\]\r\n"
@@ -147,11 +153,7 @@ TEST(Startup, LogFileIsNamedAfterTheExecutableAndTodaysDate)
 TEST(Startup, TraceLevel3AlsoLogsTheTrayWindowHandlers)
 {
     Installation install(3);
-    test::Process panel(install.Exe(), L"");
-    HWND tray = WaitForTrayWindow(panel);
-    ASSERT_NE(tray, nullptr);
-    ::PostMessageW(tray, WM_CLOSE, 0, 0);
-    ASSERT_EQ(panel.Wait(20s), 0u);
+    ASSERT_NO_FATAL_FAILURE(StartAndClose(install));
     const std::string log = install.LogText();
     EXPECT_NE(log.find("[3] CDummyWnd::OnCreate [DummyWnd, 143]\r\n"), std::string::npos) << log;
     EXPECT_NE(log.find("[3] CDummyWnd::OnDestroy [DummyWnd, 173]\r\n"), std::string::npos) << log;
@@ -162,11 +164,7 @@ TEST(Startup, TraceLevel3AlsoLogsTheTrayWindowHandlers)
 TEST(Startup, TraceLevel1WritesNoLogForAQuietRun)
 {
     Installation install(1);
-    test::Process panel(install.Exe(), L"");
-    HWND tray = WaitForTrayWindow(panel);
-    ASSERT_NE(tray, nullptr);
-    ::PostMessageW(tray, WM_CLOSE, 0, 0);
-    ASSERT_EQ(panel.Wait(20s), 0u);
+    ASSERT_NO_FATAL_FAILURE(StartAndClose(install));
     EXPECT_EQ(install.LogText(), "");
 }
 
@@ -198,11 +196,7 @@ TEST(Startup, EmptySettingsFileStartsWithTheDefaults)
 {
     Installation install;
     install.WriteSettings("");
-    test::Process panel(install.Exe(), L"");
-    HWND tray = WaitForTrayWindow(panel);
-    ASSERT_NE(tray, nullptr);
-    ::PostMessageW(tray, WM_CLOSE, 0, 0);
-    EXPECT_EQ(panel.Wait(20s), 0u);
+    StartAndClose(install);
 }
 
 TEST(Startup, SettingsWithAWrongTypeAreReportedAndTheProgramEndsWithoutCrashing)
