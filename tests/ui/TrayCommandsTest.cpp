@@ -78,27 +78,63 @@ bool HasButtons(HWND box, std::initializer_list<int> ids)
     return true;
 }
 
-class ServerCommands : public testing::Test {
+// Whether exactly one message box was shown, with this title and text.
+testing::AssertionResult ShownOneBox(const std::vector<test::MessageBoxInfo>& seen, const std::wstring& title,
+                                     const std::wstring& text)
+{
+    if (seen.size() != 1)
+        return testing::AssertionFailure() << seen.size() << " message boxes shown";
+    if (seen[0].title != title || seen[0].text != text)
+        return testing::AssertionFailure() << "shown: " << CL::Narrow(seen[0].title) << " / "
+                                           << CL::Narrow(seen[0].text);
+    return testing::AssertionSuccess();
+}
+
+// A tray window (not yet created) and the stand-ins a test may give it; the
+// counters outlive the window, which owns the stand-ins.
+class TrayFixture : public testing::Test {
+protected:
+    void AddEditor(bool acceptOpen = true, bool createFails = false)
+    {
+        window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor, acceptOpen, createFails));
+    }
+    void AddExplorer(bool accessible)
+    {
+        window.SetDatabaseExplorer(std::make_unique<test::FakeExplorer>(explorer, accessible));
+    }
+    void AddOptions(bool accepted) { window.SetOptionsDialog(std::make_unique<test::FakeOptions>(options, accepted)); }
+
+    test::EditorCounters editor;
+    test::ExplorerCounters explorer;
+    test::OptionsCounters options;
+    CDummyWnd window{CL::MenuFlags{}};
+};
+
+using TrayWindow = TrayFixture;
+using Exit = TrayFixture;
+using AddressSpaceEntry = TrayFixture;
+using OptionsEntry = TrayFixture;
+using DatabaseExplorerEntry = TrayFixture;
+
+// The tray window of a simulated server, named in the settings.
+class ServerCommands : public TrayFixture {
 protected:
     void SetUp() override { g_Settings.ServiceName = server.ServiceName(); }
     test::SimulatedServer server;
-    CDummyWnd window{CL::MenuFlags{}};
 };
 
 } // namespace
 
 // ---- the tray icon ---------------------------------------------------------
 
-TEST(TrayWindow, CreatingAddsTheTrayIcon)
+TEST_F(TrayWindow, CreatingAddsTheTrayIcon)
 {
-    CDummyWnd window(CL::MenuFlags{});
     ASSERT_TRUE(window.CreateEx());
     EXPECT_TRUE(TrayIconExists(window));
 }
 
-TEST(TrayWindow, DestroyingRemovesTheTrayIcon)
+TEST_F(TrayWindow, DestroyingRemovesTheTrayIcon)
 {
-    CDummyWnd window(CL::MenuFlags{});
     ASSERT_TRUE(window.CreateEx());
     const HWND hwnd = window;
     ASSERT_TRUE(TrayIconExists(hwnd));
@@ -106,13 +142,13 @@ TEST(TrayWindow, DestroyingRemovesTheTrayIcon)
     EXPECT_FALSE(TrayIconExists(hwnd));
 }
 
-TEST(TrayWindow, TipIsTitleFollowedByControlPanelText)
+TEST_F(TrayWindow, TipIsTitleFollowedByControlPanelText)
 {
     g_Settings.Title = L"Northfield";
     EXPECT_EQ(CDummyWnd::TrayTip(), L"Northfield OPC Server Control Panel");
 }
 
-TEST(TrayWindow, TipIsCutTo127Characters)
+TEST_F(TrayWindow, TipIsCutTo127Characters)
 {
     g_Settings.Title = std::wstring(120, L'T');
     const std::wstring tip = CDummyWnd::TrayTip();
@@ -120,13 +156,10 @@ TEST(TrayWindow, TipIsCutTo127Characters)
     EXPECT_EQ(tip, std::wstring(120, L'T') + L" OPC Se");
 }
 
-TEST(TrayWindow, DestroyingClosesTheEditorAndExplorerWindows)
+TEST_F(TrayWindow, DestroyingClosesTheEditorAndExplorerWindows)
 {
-    test::EditorCounters editor;
-    test::ExplorerCounters explorer;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor));
-    window.SetDatabaseExplorer(std::make_unique<test::FakeExplorer>(explorer, true));
+    AddEditor();
+    AddExplorer(true);
     ASSERT_TRUE(window.CreateEx());
     Command(window, ID_MN_CONTROL);
     Command(window, ID_MN_DBEXPLORER);
@@ -145,10 +178,7 @@ TEST_F(ServerCommands, StartOnARunningServiceShowsAlreadyRunning)
     ASSERT_TRUE(window.CreateEx());
     Answering answer(IDOK);
     Command(window, ID_MN_START_SERVER);
-    const auto seen = answer.answerer.Seen();
-    ASSERT_EQ(seen.size(), 1u);
-    EXPECT_EQ(seen[0].title, L"Start Varnel OPC Server");
-    EXPECT_EQ(seen[0].text, L"The server is already running.");
+    EXPECT_TRUE(ShownOneBox(answer.answerer.Seen(), L"Start Varnel OPC Server", L"The server is already running."));
 }
 
 TEST_F(ServerCommands, StartStartsAStoppedServiceWithoutAMessage)
@@ -165,10 +195,7 @@ TEST_F(ServerCommands, StopOnAStoppedServiceShowsAlreadyStopped)
     ASSERT_TRUE(window.CreateEx());
     Answering answer(IDOK);
     Command(window, ID_MN_STOP_SERVER);
-    const auto seen = answer.answerer.Seen();
-    ASSERT_EQ(seen.size(), 1u);
-    EXPECT_EQ(seen[0].title, L"Stop Varnel OPC Server");
-    EXPECT_EQ(seen[0].text, L"The server is already stopped.");
+    EXPECT_TRUE(ShownOneBox(answer.answerer.Seen(), L"Stop Varnel OPC Server", L"The server is already stopped."));
 }
 
 TEST_F(ServerCommands, StopAsksYesNoCancelFirst)
@@ -181,10 +208,7 @@ TEST_F(ServerCommands, StopAsksYesNoCancelFirst)
         return IDNO;
     });
     Command(window, ID_MN_STOP_SERVER);
-    const auto seen = answerer.Seen();
-    ASSERT_EQ(seen.size(), 1u);
-    EXPECT_EQ(seen[0].title, L"Stop Varnel OPC Server");
-    EXPECT_EQ(seen[0].text, kStopQuestion);
+    EXPECT_TRUE(ShownOneBox(answerer.Seen(), L"Stop Varnel OPC Server", kStopQuestion));
     EXPECT_TRUE(buttons);
 }
 
@@ -241,9 +265,8 @@ TEST(ServerCommandFailures, AccessDeniedIsReportedAndTheTrayStaysUsable)
 
 // ---- Exit ------------------------------------------------------------------
 
-TEST(Exit, AsksWhetherAllWindowsAreClosed)
+TEST_F(Exit, AsksWhetherAllWindowsAreClosed)
 {
-    CDummyWnd window(CL::MenuFlags{});
     ASSERT_TRUE(window.CreateEx());
     bool buttons = false;
     test::MessageBoxAnswerer answerer([&](const test::MessageBoxInfo& box) {
@@ -251,16 +274,12 @@ TEST(Exit, AsksWhetherAllWindowsAreClosed)
         return IDNO;
     });
     Command(window, ID_MN_SHUTDOWN);
-    const auto seen = answerer.Seen();
-    ASSERT_EQ(seen.size(), 1u);
-    EXPECT_EQ(seen[0].title, L"Exit");
-    EXPECT_EQ(seen[0].text, L"Have you closed all the windows of this application?");
+    EXPECT_TRUE(ShownOneBox(answerer.Seen(), L"Exit", L"Have you closed all the windows of this application?"));
     EXPECT_TRUE(buttons);
 }
 
-TEST(Exit, AnsweredNoChangesNothing)
+TEST_F(Exit, AnsweredNoChangesNothing)
 {
-    CDummyWnd window(CL::MenuFlags{});
     ASSERT_TRUE(window.CreateEx());
     Answering answer(IDNO);
     Command(window, ID_MN_SHUTDOWN);
@@ -270,9 +289,8 @@ TEST(Exit, AnsweredNoChangesNothing)
     EXPECT_TRUE(TrayIconExists(window));
 }
 
-TEST(Exit, AnsweredCancelChangesNothing)
+TEST_F(Exit, AnsweredCancelChangesNothing)
 {
-    CDummyWnd window(CL::MenuFlags{});
     ASSERT_TRUE(window.CreateEx());
     Answering answer(IDCANCEL);
     Command(window, ID_MN_SHUTDOWN);
@@ -281,9 +299,8 @@ TEST(Exit, AnsweredCancelChangesNothing)
     EXPECT_TRUE(window.IsWindow());
 }
 
-TEST(Exit, AnsweredYesEndsTheMessageLoopWithExitCodeZero)
+TEST_F(Exit, AnsweredYesEndsTheMessageLoopWithExitCodeZero)
 {
-    CDummyWnd window(CL::MenuFlags{});
     ASSERT_TRUE(window.CreateEx());
     Answering answer(IDYES);
     Command(window, ID_MN_SHUTDOWN);
@@ -292,11 +309,9 @@ TEST(Exit, AnsweredYesEndsTheMessageLoopWithExitCodeZero)
     EXPECT_EQ(exitCode, 0u);
 }
 
-TEST(Exit, OpenWindowsAreNotAskedAbout)
+TEST_F(Exit, OpenWindowsAreNotAskedAbout)
 {
-    test::EditorCounters editor;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor));
+    AddEditor();
     ASSERT_TRUE(window.CreateEx());
     Command(window, ID_MN_CONTROL);
     Answering answer(IDYES);
@@ -308,11 +323,9 @@ TEST(Exit, OpenWindowsAreNotAskedAbout)
 
 // ---- the address space editor ----------------------------------------------
 
-TEST(AddressSpaceEntry, OpensTheEditorAfterItsPreparation)
+TEST_F(AddressSpaceEntry, OpensTheEditorAfterItsPreparation)
 {
-    test::EditorCounters editor;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor));
+    AddEditor();
     ASSERT_TRUE(window.CreateEx());
     Command(window, ID_MN_CONTROL);
     EXPECT_EQ(editor.prepared, 1);
@@ -320,22 +333,18 @@ TEST(AddressSpaceEntry, OpensTheEditorAfterItsPreparation)
     EXPECT_TRUE(::IsWindowVisible(editor.window));
 }
 
-TEST(AddressSpaceEntry, DoubleClickIsTheDefaultAction)
+TEST_F(AddressSpaceEntry, DoubleClickIsTheDefaultAction)
 {
-    test::EditorCounters editor;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor));
+    AddEditor();
     ASSERT_TRUE(window.CreateEx());
     ShellNote(window, WM_LBUTTONDBLCLK);
     EXPECT_EQ(editor.created, 1);
     EXPECT_TRUE(::IsWindowVisible(editor.window));
 }
 
-TEST(AddressSpaceEntry, DoubleClickWhileEditorMinimisedRestoresItInsteadOfCreatingAnother)
+TEST_F(AddressSpaceEntry, DoubleClickWhileEditorMinimisedRestoresItInsteadOfCreatingAnother)
 {
-    test::EditorCounters editor;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor));
+    AddEditor();
     ASSERT_TRUE(window.CreateEx());
     ShellNote(window, WM_LBUTTONDBLCLK);
     const HWND first = editor.window;
@@ -349,22 +358,18 @@ TEST(AddressSpaceEntry, DoubleClickWhileEditorMinimisedRestoresItInsteadOfCreati
     EXPECT_TRUE(::IsWindowVisible(first));
 }
 
-TEST(AddressSpaceEntry, DeclinedPreparationOpensNothing)
+TEST_F(AddressSpaceEntry, DeclinedPreparationOpensNothing)
 {
-    test::EditorCounters editor;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor, false));
+    AddEditor(false);
     ASSERT_TRUE(window.CreateEx());
     Command(window, ID_MN_CONTROL);
     EXPECT_EQ(editor.prepared, 1);
     EXPECT_EQ(editor.created, 0);
 }
 
-TEST(AddressSpaceEntry, FailedCreationIsReported)
+TEST_F(AddressSpaceEntry, FailedCreationIsReported)
 {
-    test::EditorCounters editor;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor, true, true));
+    AddEditor(true, true);
     ASSERT_TRUE(window.CreateEx());
     Answering answer(IDOK);
     Command(window, ID_MN_CONTROL);
@@ -377,32 +382,23 @@ TEST(AddressSpaceEntry, FailedCreationIsReported)
 
 // ---- Options ---------------------------------------------------------------
 
-TEST(OptionsEntry, RefusedWhileTheEditorIsOpen)
+TEST_F(OptionsEntry, RefusedWhileTheEditorIsOpen)
 {
-    test::EditorCounters editor;
-    test::OptionsCounters options;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor));
-    window.SetOptionsDialog(std::make_unique<test::FakeOptions>(options, true));
+    AddEditor();
+    AddOptions(true);
     ASSERT_TRUE(window.CreateEx());
     Command(window, ID_MN_CONTROL);
     Answering answer(IDOK);
     Command(window, ID_MN_OPTIONS);
-    const auto seen = answer.answerer.Seen();
-    ASSERT_EQ(seen.size(), 1u);
-    EXPECT_EQ(seen[0].title, L"Options");
-    EXPECT_EQ(seen[0].text, L"Please, close the OPC Address Space window and try again.");
+    EXPECT_TRUE(ShownOneBox(answer.answerer.Seen(), L"Options", L"Please, close the OPC Address Space window and try again."));
     EXPECT_EQ(options.runs, 0) << "nothing opened";
     EXPECT_EQ(editor.reloaded, 0);
 }
 
-TEST(OptionsEntry, RefusedAlsoWhileTheEditorIsMinimised)
+TEST_F(OptionsEntry, RefusedAlsoWhileTheEditorIsMinimised)
 {
-    test::EditorCounters editor;
-    test::OptionsCounters options;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor));
-    window.SetOptionsDialog(std::make_unique<test::FakeOptions>(options, true));
+    AddEditor();
+    AddOptions(true);
     ASSERT_TRUE(window.CreateEx());
     Command(window, ID_MN_CONTROL);
     ::ShowWindow(editor.window, SW_MINIMIZE);
@@ -412,14 +408,11 @@ TEST(OptionsEntry, RefusedAlsoWhileTheEditorIsMinimised)
     EXPECT_EQ(options.runs, 0);
 }
 
-TEST(OptionsEntry, AcceptedOptionsReloadTheEditorAndApplyTheSettings)
+TEST_F(OptionsEntry, AcceptedOptionsReloadTheEditorAndApplyTheSettings)
 {
-    test::EditorCounters editor;
-    test::OptionsCounters options;
     int applied = 0;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor));
-    window.SetOptionsDialog(std::make_unique<test::FakeOptions>(options, true));
+    AddEditor();
+    AddOptions(true);
     window.SetSettingsAppliedHandler([&] { ++applied; });
     ASSERT_TRUE(window.CreateEx());
     Command(window, ID_MN_OPTIONS);
@@ -428,14 +421,11 @@ TEST(OptionsEntry, AcceptedOptionsReloadTheEditorAndApplyTheSettings)
     EXPECT_EQ(applied, 1);
 }
 
-TEST(OptionsEntry, CancelledOptionsChangeNothing)
+TEST_F(OptionsEntry, CancelledOptionsChangeNothing)
 {
-    test::EditorCounters editor;
-    test::OptionsCounters options;
     int applied = 0;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor));
-    window.SetOptionsDialog(std::make_unique<test::FakeOptions>(options, false));
+    AddEditor();
+    AddOptions(false);
     window.SetSettingsAppliedHandler([&] { ++applied; });
     ASSERT_TRUE(window.CreateEx());
     Command(window, ID_MN_OPTIONS);
@@ -446,24 +436,18 @@ TEST(OptionsEntry, CancelledOptionsChangeNothing)
 
 // ---- the database explorer -------------------------------------------------
 
-TEST(DatabaseExplorerEntry, InaccessibleDatabaseShowsTheMessage)
+TEST_F(DatabaseExplorerEntry, InaccessibleDatabaseShowsTheMessage)
 {
-    test::ExplorerCounters explorer;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetDatabaseExplorer(std::make_unique<test::FakeExplorer>(explorer, false));
+    AddExplorer(false);
     ASSERT_TRUE(window.CreateEx());
     Answering answer(IDOK);
     Command(window, ID_MN_DBEXPLORER);
-    const auto seen = answer.answerer.Seen();
-    ASSERT_EQ(seen.size(), 1u);
-    EXPECT_EQ(seen[0].title, L"OPC HDA Database Explorer");
-    EXPECT_EQ(seen[0].text, L"The HDA database is not accessible.");
+    EXPECT_TRUE(ShownOneBox(answer.answerer.Seen(), L"OPC HDA Database Explorer", L"The HDA database is not accessible."));
     EXPECT_EQ(explorer.created, 0);
 }
 
-TEST(DatabaseExplorerEntry, WithoutADatabaseLayerTheDatabaseIsNotAccessible)
+TEST_F(DatabaseExplorerEntry, WithoutADatabaseLayerTheDatabaseIsNotAccessible)
 {
-    CDummyWnd window(CL::MenuFlags{});
     ASSERT_TRUE(window.CreateEx());
     Answering answer(IDOK);
     Command(window, ID_MN_DBEXPLORER);
@@ -472,11 +456,9 @@ TEST(DatabaseExplorerEntry, WithoutADatabaseLayerTheDatabaseIsNotAccessible)
     EXPECT_EQ(seen[0].text, L"The HDA database is not accessible.");
 }
 
-TEST(DatabaseExplorerEntry, AccessibleDatabaseOpensTheExplorerOnceAndRestoresIt)
+TEST_F(DatabaseExplorerEntry, AccessibleDatabaseOpensTheExplorerOnceAndRestoresIt)
 {
-    test::ExplorerCounters explorer;
-    CDummyWnd window(CL::MenuFlags{});
-    window.SetDatabaseExplorer(std::make_unique<test::FakeExplorer>(explorer, true));
+    AddExplorer(true);
     ASSERT_TRUE(window.CreateEx());
     Command(window, ID_MN_DBEXPLORER);
     ASSERT_TRUE(::IsWindowVisible(explorer.window));
