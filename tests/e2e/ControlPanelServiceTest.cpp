@@ -14,13 +14,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-std::wstring ItemText(HWND dialog, int id)
-{
-    wchar_t text[512] = {};
-    ::GetDlgItemTextW(dialog, id, text, 512);
-    return text;
-}
-
 // Rewrites the executable's resources without its version resource: every
 // other resource is copied from the original into a fresh resource section.
 bool RemoveVersionResource(const std::wstring& original, const std::wstring& exe)
@@ -90,12 +83,17 @@ protected:
     {
         return test::WaitForMessageBox(m_process->Id(), timeout, title);
     }
+    // Posts the command and waits for the message box it shows.
+    test::MessageBoxInfo CommandBox(WORD id, const std::wstring& title)
+    {
+        Command(id);
+        return Box(title);
+    }
 
     // Exit answered Yes; the program's exit code.
     DWORD Exit()
     {
-        Command(ID_MN_SHUTDOWN);
-        const test::MessageBoxInfo box = Box(L"Exit");
+        const test::MessageBoxInfo box = CommandBox(ID_MN_SHUTDOWN, L"Exit");
         EXPECT_NE(box.hwnd, nullptr);
         test::ClickButton(box.hwnd, IDYES);
         return m_process->Wait(20s);
@@ -127,8 +125,7 @@ TEST_F(ControlPanel, StopCommandAnsweredYesStopsTheServerService)
 {
     ASSERT_TRUE(server.Start());
     Launch();
-    Command(ID_MN_STOP_SERVER);
-    const test::MessageBoxInfo question = Box(L"Stop Varnel OPC Server");
+    const test::MessageBoxInfo question = CommandBox(ID_MN_STOP_SERVER, L"Stop Varnel OPC Server");
     ASSERT_NE(question.hwnd, nullptr);
     EXPECT_EQ(question.text, L"Are you sure you want to stop the server (all OPC clients will be disconnected)?");
     test::ClickButton(question.hwnd, IDYES);
@@ -140,8 +137,7 @@ TEST_F(ControlPanel, StopCommandAnsweredNoLeavesTheServerRunning)
 {
     ASSERT_TRUE(server.Start());
     Launch();
-    Command(ID_MN_STOP_SERVER);
-    const test::MessageBoxInfo question = Box(L"Stop Varnel OPC Server");
+    const test::MessageBoxInfo question = CommandBox(ID_MN_STOP_SERVER, L"Stop Varnel OPC Server");
     ASSERT_NE(question.hwnd, nullptr);
     test::ClickButton(question.hwnd, IDNO);
     EXPECT_TRUE(test::WaitUntil([&] { return !::IsWindow(question.hwnd); }, 10s));
@@ -154,8 +150,7 @@ TEST_F(ControlPanel, StartOnARunningServerShowsAlreadyRunning)
 {
     ASSERT_TRUE(server.Start());
     Launch();
-    Command(ID_MN_START_SERVER);
-    const test::MessageBoxInfo box = Box(L"Start Varnel OPC Server");
+    const test::MessageBoxInfo box = CommandBox(ID_MN_START_SERVER, L"Start Varnel OPC Server");
     ASSERT_NE(box.hwnd, nullptr);
     EXPECT_EQ(box.text, L"The server is already running.");
     test::ClickButton(box.hwnd, IDOK);
@@ -170,8 +165,7 @@ TEST_F(ControlPanel, ExitAnsweredYesEndsTheProgramWithExitCodeZero)
 TEST_F(ControlPanel, ExitAnsweredNoKeepsTheProgramRunning)
 {
     Launch();
-    Command(ID_MN_SHUTDOWN);
-    const test::MessageBoxInfo box = Box(L"Exit");
+    const test::MessageBoxInfo box = CommandBox(ID_MN_SHUTDOWN, L"Exit");
     ASSERT_NE(box.hwnd, nullptr);
     EXPECT_EQ(box.text, L"Have you closed all the windows of this application?");
     test::ClickButton(box.hwnd, IDNO);
@@ -182,11 +176,10 @@ TEST_F(ControlPanel, ExitAnsweredNoKeepsTheProgramRunning)
 TEST_F(ControlPanel, AboutShowsTheVersionTheBuildPutInTheResource)
 {
     Launch();
-    Command(ID_MN_ABOUT);
-    const test::MessageBoxInfo about = Box(L"About");
+    const test::MessageBoxInfo about = CommandBox(ID_MN_ABOUT, L"About");
     ASSERT_NE(about.hwnd, nullptr);
-    EXPECT_EQ(ItemText(about.hwnd, IDC_ABOUT_VERSION), L"Version: " MORVANE_VERSION_WTEXT);
-    EXPECT_EQ(ItemText(about.hwnd, IDC_ABOUT_TITLE), L"Varnel OPC Server Control Panel");
+    EXPECT_EQ(test::DialogItemText(about.hwnd, IDC_ABOUT_VERSION), L"Version: " MORVANE_VERSION_WTEXT);
+    EXPECT_EQ(test::DialogItemText(about.hwnd, IDC_ABOUT_TITLE), L"Varnel OPC Server Control Panel");
     test::ClickButton(about.hwnd, IDOK);
     EXPECT_TRUE(test::WaitUntil([&] { return !::IsWindow(about.hwnd); }, 10s));
 }
@@ -195,10 +188,9 @@ TEST_F(ControlPanel, AboutHeadingFollowsTheTitleSetting)
 {
     test::WriteSettingsFile(server.File(L"Morvane.ini.xml"), server.ServiceName(), L"Northfield");
     Launch();
-    Command(ID_MN_ABOUT);
-    const test::MessageBoxInfo about = Box(L"About");
+    const test::MessageBoxInfo about = CommandBox(ID_MN_ABOUT, L"About");
     ASSERT_NE(about.hwnd, nullptr);
-    EXPECT_EQ(ItemText(about.hwnd, IDC_ABOUT_TITLE), L"Northfield OPC Server Control Panel");
+    EXPECT_EQ(test::DialogItemText(about.hwnd, IDC_ABOUT_TITLE), L"Northfield OPC Server Control Panel");
     test::ClickButton(about.hwnd, IDOK);
 }
 
@@ -210,9 +202,8 @@ TEST_F(ControlPanel, AboutOfAnExecutableWithoutVersionResourceShowsVersionFollow
     ASSERT_EQ(::GetFileVersionInfoSizeW(exe.c_str(), &handle), 0u) << "the version resource is gone";
 
     Launch(exe);
-    Command(ID_MN_ABOUT);
-    const test::MessageBoxInfo about = Box(L"About");
+    const test::MessageBoxInfo about = CommandBox(ID_MN_ABOUT, L"About");
     ASSERT_NE(about.hwnd, nullptr);
-    EXPECT_EQ(ItemText(about.hwnd, IDC_ABOUT_VERSION), L"Version: ");
+    EXPECT_EQ(test::DialogItemText(about.hwnd, IDC_ABOUT_VERSION), L"Version: ");
     test::ClickButton(about.hwnd, IDOK);
 }

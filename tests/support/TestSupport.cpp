@@ -124,6 +124,24 @@ BOOL CALLBACK FindBox(HWND hwnd, LPARAM param)
     return FALSE;
 }
 
+} // namespace
+
+std::wstring WindowText(HWND window)
+{
+    std::vector<wchar_t> text(::GetWindowTextLengthW(window) + 1, L'\0');
+    ::GetWindowTextW(window, text.data(), static_cast<int>(text.size()));
+    return text.data();
+}
+
+std::wstring DialogItemText(HWND dialog, int id)
+{
+    std::vector<wchar_t> text(8192, L'\0');
+    ::GetDlgItemTextW(dialog, id, text.data(), static_cast<int>(text.size()));
+    return text.data();
+}
+
+namespace {
+
 MessageBoxInfo Describe(HWND box)
 {
     MessageBoxInfo info;

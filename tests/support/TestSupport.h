@@ -48,6 +48,11 @@ struct MessageBoxInfo {
 // (0: this process) and returns it; hwnd is NULL when none appeared.
 MessageBoxInfo WaitForMessageBox(DWORD processId, std::chrono::milliseconds timeout,
                                  const std::wstring& title = L"");
+// The text of a window (its title, or a control's text) and of a dialog's
+// control (GetDlgItemTextW, which also reaches other processes' controls).
+std::wstring WindowText(HWND window);
+std::wstring DialogItemText(HWND dialog, int id);
+
 // Clicks the box's button with the given id (IDOK, IDYES, IDNO, IDCANCEL).
 bool ClickButton(HWND box, int buttonId);
 

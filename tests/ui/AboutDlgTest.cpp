@@ -17,20 +17,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-std::wstring ItemText(HWND dialog, int id)
-{
-    wchar_t text[512] = {};
-    ::GetDlgItemTextW(dialog, id, text, 512);
-    return text;
-}
-
-std::wstring WindowText(HWND window)
-{
-    wchar_t text[512] = {};
-    ::GetWindowTextW(window, text, 512);
-    return text;
-}
-
 // What a look at the open About box found.
 struct AboutSeen {
     bool shown = false;
@@ -50,9 +36,9 @@ public:
               if (!box.hwnd)
                   return;
               m_seen.shown = true;
-              m_seen.heading = ItemText(box.hwnd, IDC_ABOUT_TITLE);
-              m_seen.version = ItemText(box.hwnd, IDC_ABOUT_VERSION);
-              m_seen.closeButton = WindowText(::GetDlgItem(box.hwnd, IDOK));
+              m_seen.heading = test::DialogItemText(box.hwnd, IDC_ABOUT_TITLE);
+              m_seen.version = test::DialogItemText(box.hwnd, IDC_ABOUT_VERSION);
+              m_seen.closeButton = test::WindowText(::GetDlgItem(box.hwnd, IDOK));
               m_seen.bigIcon = ::SendMessageW(box.hwnd, WM_GETICON, ICON_BIG, 0) != 0;
               if (clickClose)
                   test::ClickButton(box.hwnd, IDOK);
@@ -130,10 +116,10 @@ TEST(AboutDialog, ResourceHoldsCaptionAndInitialTexts)
         ::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_ABOUTBOX), nullptr,
         [](HWND, UINT message, WPARAM, LPARAM) -> INT_PTR { return message == WM_INITDIALOG; }, 0);
     ASSERT_NE(dialog, nullptr);
-    EXPECT_EQ(WindowText(dialog), L"About");
-    EXPECT_EQ(ItemText(dialog, IDC_ABOUT_TITLE), L"\"Varnel OPC Server Engine\"");
-    EXPECT_EQ(ItemText(dialog, IDC_ABOUT_VERSION), L"version: 8.6.0.978");
-    EXPECT_EQ(WindowText(::GetDlgItem(dialog, IDOK)), L"Close");
+    EXPECT_EQ(test::WindowText(dialog), L"About");
+    EXPECT_EQ(test::DialogItemText(dialog, IDC_ABOUT_TITLE), L"\"Varnel OPC Server Engine\"");
+    EXPECT_EQ(test::DialogItemText(dialog, IDC_ABOUT_VERSION), L"version: 8.6.0.978");
+    EXPECT_EQ(test::WindowText(::GetDlgItem(dialog, IDOK)), L"Close");
     ::DestroyWindow(dialog);
 }
 
