@@ -6,6 +6,7 @@
 #include <atomic>
 #include <thread>
 
+#include "AddressSpaceNames.h"
 #include "support/LogCapture.h"
 #include "support/TestSupport.h"
 #include "addressspace/OPCServerAddressSpace.h"
@@ -70,22 +71,6 @@ CL::CException CaughtFrom(const std::function<void()>& action)
         return e;
     }
     return CL::CException(S_OK, L"no exception");
-}
-
-std::vector<std::wstring> ItemNames(const COPCServerAddressSpaceBranch& branch)
-{
-    std::vector<std::wstring> names;
-    for (const auto& item : branch.Items())
-        names.push_back(item->Name());
-    return names;
-}
-
-std::vector<std::wstring> BranchNames(const COPCServerAddressSpaceBranch& branch)
-{
-    std::vector<std::wstring> names;
-    for (const auto& child : branch.Branches())
-        names.push_back(child->Name());
-    return names;
 }
 
 ULONGLONG Ticks(const FILETIME& time)

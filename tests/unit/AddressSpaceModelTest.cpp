@@ -3,6 +3,7 @@
 #include <thread>
 #include <vector>
 
+#include "AddressSpaceNames.h"
 #include "addressspace/OPCServerAddressSpace.h"
 
 using BranchPtr = CL::CSmartPtr<COPCServerAddressSpaceBranch>;
@@ -30,22 +31,6 @@ HRESULT ErrorOf(const std::function<void()>& action)
         return e.Error();
     }
     return S_OK;
-}
-
-std::vector<std::wstring> ItemNames(const COPCServerAddressSpaceBranch& branch)
-{
-    std::vector<std::wstring> names;
-    for (const auto& item : branch.Items())
-        names.push_back(item->Name());
-    return names;
-}
-
-std::vector<std::wstring> BranchNames(const COPCServerAddressSpaceBranch& branch)
-{
-    std::vector<std::wstring> names;
-    for (const auto& child : branch.Branches())
-        names.push_back(child->Name());
-    return names;
 }
 
 AeCondition Condition(const wchar_t* source, const wchar_t* name, ULONG severity = 500)
