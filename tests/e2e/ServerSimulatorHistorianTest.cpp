@@ -115,6 +115,18 @@ struct ArchivingServer {
         return server.WaitForEvent("archive run #" + std::to_string(run) + " done", timeout);
     }
 
+    // Starts the service and waits for the given archive run to be done.
+    bool StartAndWaitForRun(unsigned run) { return server.Start() && WaitForRun(run); }
+
+    // Stops the service; a failure unless the stop was done within two seconds.
+    void StopPromptly()
+    {
+        const auto start = std::chrono::steady_clock::now();
+        ASSERT_TRUE(server.Stop());
+        const auto took = std::chrono::steady_clock::now() - start;
+        EXPECT_LT(took, 2s) << std::chrono::duration_cast<std::chrono::milliseconds>(took).count() << " ms";
+    }
+
     test::SimulatedServer server;
 };
 
@@ -156,8 +168,7 @@ TEST(ServerSimulatorHistorian, ArchivesOneRunOfEachArchivedItemAtStart)
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(), AddressSpace(kLine1, kTop));
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(1));
+    ASSERT_TRUE(sim.StartAndWaitForRun(1));
 
     EXPECT_TRUE(sim.server.HasEvent("archiving on, 7 items"));
     EXPECT_TRUE(sim.server.HasEvent("archived Plant.Line1.Speed 5 values"));
@@ -178,8 +189,7 @@ TEST(ServerSimulatorHistorian, ArchivedValuesHaveTheCanonicalTypeOfTheirItem)
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(), AddressSpace(kLine1, kTop));
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(1));
+    ASSERT_TRUE(sim.StartAndWaitForRun(1));
 
     HistorianOn historian(db);
     for (const auto& [id, type] : kArchived) {
@@ -195,8 +205,7 @@ TEST(ServerSimulatorHistorian, ArchivedValuesVaryLikeProcessValues)
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(), AddressSpace(kLine1, kTop));
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(1));
+    ASSERT_TRUE(sim.StartAndWaitForRun(1));
     HistorianOn historian(db);
 
     // A ramp of integers from 0, toggling booleans, a counter in strings.
@@ -240,8 +249,7 @@ TEST(ServerSimulatorHistorian, TimesAreUtcAtRegularStepsEndingNow)
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(), AddressSpace(kLine1, kTop));
     const uint64_t before = Ticks(NowFileTime());
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(1));
+    ASSERT_TRUE(sim.StartAndWaitForRun(1));
     const uint64_t after = Ticks(NowFileTime());
 
     HistorianOn historian(db);
@@ -263,8 +271,7 @@ TEST(ServerSimulatorHistorian, EveryTenthValueFromTheEighthIsUncertain)
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(), AddressSpace(kLine1, kTop));
     sim.server.SetKnob(sim::kKnobArchiveValues, 20);
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(1));
+    ASSERT_TRUE(sim.StartAndWaitForRun(1));
 
     HistorianOn historian(db);
     for (const auto& [id, type] : kArchived) {
@@ -280,8 +287,7 @@ TEST(ServerSimulatorHistorian, ItemsNotMarkedForArchivingNeverAppear)
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(), AddressSpace(kLine1, kTop), 200);
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(3));
+    ASSERT_TRUE(sim.StartAndWaitForRun(3));
 
     EXPECT_EQ(db.RowCount(L"Plant.Line1.Setpoint"), 0);
     EXPECT_EQ(db.RowCount(L"Plant.Line1.Comment"), 0);
@@ -297,8 +303,7 @@ TEST(ServerSimulatorHistorian, Code128AfterAChangedAddressSpaceArchivesTheNewIte
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(), AddressSpace({{"Speed", VT_R8, "-1"}}, {}));
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(1));
+    ASSERT_TRUE(sim.StartAndWaitForRun(1));
     EXPECT_EQ(db.RowCount(L"Plant.Line1.Temperature"), 0);
 
     sim.server.WriteExchangeFile(AddressSpace({{"Speed", VT_R8, "-1"}, {"Temperature", VT_R4, "-1"}}, {}));
@@ -324,8 +329,7 @@ TEST(ServerSimulatorHistorian, Code128WithAMalformedFileKeepsArchivingTheItemsHe
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(), AddressSpace({{"Speed", VT_R8, "-1"}}, {}));
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(1));
+    ASSERT_TRUE(sim.StartAndWaitForRun(1));
     sim.server.WriteExchangeFile("<Morvane_OPCDAAddressSpace");
     ASSERT_TRUE(sim.server.Control(128));
     ASSERT_TRUE(sim.WaitForRun(2));
@@ -338,8 +342,7 @@ TEST(ServerSimulatorHistorian, PeriodicRunsContinueEachItemsValues)
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(), AddressSpace(kLine1, kTop), 250);
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(4));
+    ASSERT_TRUE(sim.StartAndWaitForRun(4));
 
     HistorianOn historian(db);
     const CL::CHistorianValues count = ReadAll(historian, L"Plant.Line1.Count");
@@ -358,8 +361,7 @@ TEST(ServerSimulatorHistorian, PeriodicRunsStartWhenTheIntervalKnobIsSet)
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(), AddressSpace({{"Speed", VT_R8, "-1"}}, {}));
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(1));
+    ASSERT_TRUE(sim.StartAndWaitForRun(1));
     ::Sleep(1500);
     EXPECT_FALSE(sim.server.HasEvent("archive run #2 done"));   // interval 0: no periodic runs
 
@@ -372,8 +374,7 @@ TEST(ServerSimulatorHistorian, CreatesTheTableWhenTheDatabaseHasNone)
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::Sqlite, false);
     ArchivingServer sim(db.ConnectionString(), AddressSpace({{"Speed", VT_R8, "-1"}}, {}));
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(1));
+    ASSERT_TRUE(sim.StartAndWaitForRun(1));
     EXPECT_EQ(db.RowCount(L"Plant.Line1.Speed"), 1);
 }
 
@@ -396,8 +397,7 @@ TEST(ServerSimulatorHistorian, ItemOfATypeThatCannotBeStoredIsLoggedAndTheOthers
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(),
                         AddressSpace({{"Odd", VT_VARIANT, "-1"}, {"Speed", VT_R8, "-1"}}, {}));
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(1));
+    ASSERT_TRUE(sim.StartAndWaitForRun(1));
     const std::vector<std::string> failed = sim.server.EventsStartingWith("archive failed Plant.Line1.Odd: ");
     ASSERT_EQ(failed.size(), 1u);
     EXPECT_NE(failed[0].find("VT_VARIANT"), std::string::npos) << failed[0];
@@ -434,13 +434,9 @@ TEST(ServerSimulatorHistorian, StopsPromptlyWhileTheTimerRuns)
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(), AddressSpace(kLine1, kTop), 60000);
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(1));
+    ASSERT_TRUE(sim.StartAndWaitForRun(1));
 
-    const auto start = std::chrono::steady_clock::now();
-    ASSERT_TRUE(sim.server.Stop());
-    const auto took = std::chrono::steady_clock::now() - start;
-    EXPECT_LT(took, 2s) << std::chrono::duration_cast<std::chrono::milliseconds>(took).count() << " ms";
+    ASSERT_NO_FATAL_FAILURE(sim.StopPromptly());
     EXPECT_TRUE(sim.server.WaitForEvent("stopped"));
     EXPECT_FALSE(sim.server.HasEvent("archive run #2 done"));
 }
@@ -450,13 +446,9 @@ TEST(ServerSimulatorHistorian, StopsPromptlyWithFrequentRuns)
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::Sqlite);
     ArchivingServer sim(db.ConnectionString(), AddressSpace(kLine1, kTop), 50);
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(3));
+    ASSERT_TRUE(sim.StartAndWaitForRun(3));
 
-    const auto start = std::chrono::steady_clock::now();
-    ASSERT_TRUE(sim.server.Stop());
-    const auto took = std::chrono::steady_clock::now() - start;
-    EXPECT_LT(took, 2s) << std::chrono::duration_cast<std::chrono::milliseconds>(took).count() << " ms";
+    ASSERT_NO_FATAL_FAILURE(sim.StopPromptly());
     // Nothing is archived after the service reported that it stopped.
     const long rows = db.RowCount();
     ::Sleep(500);
@@ -468,8 +460,7 @@ TEST(ServerSimulatorHistorian, ArchivesIntoPostgreSql)
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::PostgreSql);
     ArchivingServer sim(db.ConnectionString(), AddressSpace(kLine1, kTop));
-    ASSERT_TRUE(sim.server.Start());
-    ASSERT_TRUE(sim.WaitForRun(1));
+    ASSERT_TRUE(sim.StartAndWaitForRun(1));
     ASSERT_TRUE(sim.server.Control(128));
     ASSERT_TRUE(sim.WaitForRun(2));
 
