@@ -17,6 +17,19 @@ inline HWND CreatePlainWindow(const wchar_t* title)
                              nullptr, nullptr);
 }
 
+// The stand-in's window while it exists.
+inline HWND LiveWindow(HWND window)
+{
+    return ::IsWindow(window) ? window : nullptr;
+}
+
+// A stand-in's window goes with the stand-in, as a real window goes with its owner.
+inline void DestroyLiveWindow(HWND window)
+{
+    if (::IsWindow(window))
+        ::DestroyWindow(window);
+}
+
 struct EditorCounters {
     int prepared = 0;
     int created = 0;
@@ -28,12 +41,8 @@ class FakeEditor : public CL::IAddressSpaceEditor {
 public:
     explicit FakeEditor(EditorCounters& counters, bool acceptOpen = true, bool createFails = false)
         : m_counters(counters), m_acceptOpen(acceptOpen), m_createFails(createFails) {}
-    ~FakeEditor() override
-    {
-        if (::IsWindow(m_counters.window))
-            ::DestroyWindow(m_counters.window);
-    }
-    HWND Window() const override { return ::IsWindow(m_counters.window) ? m_counters.window : nullptr; }
+    ~FakeEditor() override { DestroyLiveWindow(m_counters.window); }
+    HWND Window() const override { return LiveWindow(m_counters.window); }
     bool PrepareOpen() override
     {
         ++m_counters.prepared;
@@ -66,12 +75,8 @@ struct ExplorerCounters {
 class FakeExplorer : public CL::IDatabaseExplorer {
 public:
     FakeExplorer(ExplorerCounters& counters, bool accessible) : m_counters(counters), m_accessible(accessible) {}
-    ~FakeExplorer() override
-    {
-        if (::IsWindow(m_counters.window))
-            ::DestroyWindow(m_counters.window);
-    }
-    HWND Window() const override { return ::IsWindow(m_counters.window) ? m_counters.window : nullptr; }
+    ~FakeExplorer() override { DestroyLiveWindow(m_counters.window); }
+    HWND Window() const override { return LiveWindow(m_counters.window); }
     bool IsDatabaseAccessible() override
     {
         ++m_counters.asked;
