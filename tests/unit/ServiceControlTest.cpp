@@ -49,6 +49,13 @@ protected:
     {
         return CL::StopServiceAndWait(kServer, L"", noWait, timeout);
     }
+    // The running server with one running dependent, "Historian"; the
+    // dependent's record.
+    FakeServiceManager::Service& AddServerWithRunningDependent()
+    {
+        scm.Add(kServer, SERVICE_RUNNING).dependents = {L"Historian"};
+        return scm.Add(L"Historian", SERVICE_RUNNING);
+    }
     size_t IndexOf(const std::wstring& call) const
     {
         for (size_t i = 0; i < scm.calls.size(); ++i)
@@ -325,9 +332,7 @@ TEST_F(StopServiceAndWait, ActiveDependentsAreStoppedFirstInTheirOrder)
 
 TEST_F(StopServiceAndWait, MoreDataRepeatsTheEnumerationWithTheNeededSize)
 {
-    auto& server = scm.Add(kServer, SERVICE_RUNNING);
-    server.dependents = {L"Historian"};
-    scm.Add(L"Historian", SERVICE_RUNNING);
+    AddServerWithRunningDependent();
     EXPECT_EQ(Stop(), 0u);
     ASSERT_EQ(scm.enumerationBufferSizes.size(), 2u);
     EXPECT_EQ(scm.enumerationBufferSizes[0], 0u);
@@ -347,9 +352,7 @@ TEST_F(StopServiceAndWait, FirstEnumerationFailureThrowsWithSourceZero)
 
 TEST_F(StopServiceAndWait, SecondEnumerationFailureThrowsWithItsSource)
 {
-    auto& server = scm.Add(kServer, SERVICE_RUNNING);
-    server.dependents = {L"Historian"};
-    scm.Add(L"Historian", SERVICE_RUNNING);
+    AddServerWithRunningDependent();
     scm.secondEnumerationError = ERROR_NOT_ENOUGH_MEMORY;
     const CException e = Thrown([this] { Stop(); });
     EXPECT_EQ(e.Error(), Win32(ERROR_NOT_ENOUGH_MEMORY));
@@ -359,9 +362,7 @@ TEST_F(StopServiceAndWait, SecondEnumerationFailureThrowsWithItsSource)
 
 TEST_F(StopServiceAndWait, DependentThatCannotBeOpenedThrowsWithDependentSource)
 {
-    auto& server = scm.Add(kServer, SERVICE_RUNNING);
-    server.dependents = {L"Historian"};
-    scm.Add(L"Historian", SERVICE_RUNNING).openError = ERROR_ACCESS_DENIED;
+    AddServerWithRunningDependent().openError = ERROR_ACCESS_DENIED;
     const CException e = Thrown([this] { Stop(); });
     EXPECT_EQ(e.Error(), Win32(ERROR_ACCESS_DENIED));
     EXPECT_EQ(e.Source(), L"hDepService.get()");
@@ -369,9 +370,7 @@ TEST_F(StopServiceAndWait, DependentThatCannotBeOpenedThrowsWithDependentSource)
 
 TEST_F(StopServiceAndWait, DependentStopRequestFailureThrowsWithSourceZero)
 {
-    auto& server = scm.Add(kServer, SERVICE_RUNNING);
-    server.dependents = {L"Historian"};
-    scm.Add(L"Historian", SERVICE_RUNNING).controlError = ERROR_DEPENDENT_SERVICES_RUNNING;
+    AddServerWithRunningDependent().controlError = ERROR_DEPENDENT_SERVICES_RUNNING;
     const CException e = Thrown([this] { Stop(); });
     EXPECT_EQ(e.Error(), Win32(ERROR_DEPENDENT_SERVICES_RUNNING));
     EXPECT_EQ(e.Source(), L"0");
@@ -379,20 +378,16 @@ TEST_F(StopServiceAndWait, DependentStopRequestFailureThrowsWithSourceZero)
 
 TEST_F(StopServiceAndWait, DependentNoLongerActiveIsNoError)
 {
-    auto& server = scm.Add(kServer, SERVICE_RUNNING);
-    server.dependents = {L"Historian"};
-    auto& historian = scm.Add(L"Historian", SERVICE_RUNNING);
+    auto& historian = AddServerWithRunningDependent();
     // It stops by itself between the enumeration and the stop request.
     historian.controlError = ERROR_SERVICE_NOT_ACTIVE;
     EXPECT_EQ(Stop(), 0u);
-    EXPECT_EQ(server.state, static_cast<DWORD>(SERVICE_STOPPED));
+    EXPECT_EQ(scm.Get(kServer).state, static_cast<DWORD>(SERVICE_STOPPED));
 }
 
 TEST_F(StopServiceAndWait, FailedDependentStatusQueryThrowsWithItsSource)
 {
-    auto& server = scm.Add(kServer, SERVICE_RUNNING);
-    server.dependents = {L"Historian"};
-    auto& historian = scm.Add(L"Historian", SERVICE_RUNNING);
+    auto& historian = AddServerWithRunningDependent();
     historian.stopDuration = 1000;
     historian.queryError = ERROR_INVALID_HANDLE;
     const CException e = Thrown([this] { Stop(); });
@@ -442,9 +437,7 @@ TEST_F(StopServiceAndWait, NoWaitThreadReturnsOneAfterTheStopRequest)
 
 TEST_F(StopServiceAndWait, NoWaitThreadStillWaitsForDependents)
 {
-    auto& server = scm.Add(kServer, SERVICE_RUNNING);
-    server.dependents = {L"Historian"};
-    auto& historian = scm.Add(L"Historian", SERVICE_RUNNING);
+    auto& historian = AddServerWithRunningDependent();
     historian.stopWaitHint = 100;
     historian.stopDuration = 200;
     EXPECT_EQ(Stop(::GetCurrentThreadId()), 1u);
