@@ -128,7 +128,7 @@ void WriteValue(IXMLDOMDocument* document, IXMLDOMElement* element, const COPCIt
         text = CL::VariantToString(value, kValueLocale, CL::kArraySeparator);
     } catch (const CL::CException&) {
         if (LogEnabled(2))
-            Log(2, "Failed to convert VARIANT to VT_BSTR" + MV_POS());
+            Log(2, "Failed to convert VARIANT to VT_BSTR [OPCServerAddressSpace, 161]");
         return;
     }
     CheckXmlText(text, L"the value of item", item.Name());

@@ -248,7 +248,7 @@ TEST_F(AddressSpaceFile, ValueThatCannotBeTextIsLoggedAndLeftOut)
     const std::string text = SaveText(space);
     EXPECT_NE(text.find("<Item Name=\"Matrix\""), std::string::npos);
     EXPECT_EQ(text.find("<Value"), std::string::npos);
-    EXPECT_TRUE(log.Contains("[2] Failed to convert VARIANT to VT_BSTR [OPCServerAddressSpace, "));
+    EXPECT_TRUE(log.Contains("[2] Failed to convert VARIANT to VT_BSTR [OPCServerAddressSpace, 161]"));
 }
 
 TEST_F(AddressSpaceFile, SaveReplacesAnExistingFile)
@@ -557,12 +557,12 @@ TEST_F(AddressSpaceFile, RoundTripKeepsNamesTypesValuesFlagsScanRatesAndTimes)
     SpacePtr space = SpacePtr::Make();
     auto branch = BranchPtr::Make(L"Zone \u00c4 \u65e5\u672c");
     space->RootBranch()->AddBranch(branch);
-    struct Spec {
+    struct Case {
         const wchar_t* name;
         VARTYPE vt;
         const wchar_t* text;
     };
-    const Spec specs[] = {{L"r8", VT_R8, L"0.1"},           {L"r4", VT_R4, L"-2.5"},
+    const Case cases[] = {{L"r8", VT_R8, L"0.1"},           {L"r4", VT_R4, L"-2.5"},
                           {L"i1", VT_I1, L"-128"},          {L"ui1", VT_UI1, L"255"},
                           {L"i2", VT_I2, L"-32768"},        {L"ui2", VT_UI2, L"65535"},
                           {L"i4", VT_I4, L"-2147483648"},   {L"ui4", VT_UI4, L"4294967295"},
@@ -572,7 +572,7 @@ TEST_F(AddressSpaceFile, RoundTripKeepsNamesTypesValuesFlagsScanRatesAndTimes)
                           {L"strings", VT_ARRAY | VT_BSTR, L"a\r\n\r\nc"},
                           {L"doubles", VT_ARRAY | VT_R8, L"1.5\r\n-0.25\r\n1E+20"}};
     DWORD scan = 100;
-    for (const Spec& s : specs) {
+    for (const Case& s : cases) {
         ItemPtr item = MakeItem(s.name, s.vt, (scan / 100) % 4, scan, scan % 200 == 0);
         item->SetValue(CL::StringToVariant(s.text, s.vt, CL::kLocaleSystemDefault, L"\r\n"));
         item->SetQuality(static_cast<WORD>(scan));
