@@ -2,7 +2,7 @@
 
 #include <cwchar>
 
-#include "app/DiagnosticLog.h"
+#include "common/DiagnosticLog.h"
 #include "common/Bstr.h"
 #include "common/Exception.h"
 #include "common/MsXml.h"

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "app/DiagnosticLog.h"
-#include "app/ErrorReport.h"
+#include "common/DiagnosticLog.h"
+#include "common/ErrorReport.h"
 #include "common/Text.h"
 #include "config/Settings.h"
 #include "res/resource.h"

@@ -5,9 +5,10 @@
 
 #include <memory>
 
-#include "app/DiagnosticLog.h"
+#include "common/DiagnosticLog.h"
 #include "app/DummyWnd.h"
-#include "app/ErrorReport.h"
+#include "app/HistorianSettings.h"
+#include "common/ErrorReport.h"
 #include "app/MenuFlags.h"
 #include "app/MessageLoop.h"
 #include "app/SingleInstance.h"
@@ -64,11 +65,11 @@ int RunBody(UniqueKernelHandle& mutex)
     // The one historian of the process, shared by the windows that read the
     // database. A configuration failure is reported and start-up goes on.
     auto historian = std::make_unique<CHistorian>();
-    RunReported([&] { historian->Configure(g_Settings); });
+    RunReported([&] { ConfigureHistorian(*historian, g_Settings); });
 
     const MenuFlags flags = DecideMenuFlags();
     auto dummy = std::make_unique<CDummyWnd>(flags);
-    dummy->SetSettingsAppliedHandler([&historian] { historian->Configure(g_Settings); });
+    dummy->SetSettingsAppliedHandler([&historian] { ConfigureHistorian(*historian, g_Settings); });
     if (!dummy->CreateEx())
         ThrowLastError(L"wndDummy.CreateEx ()");
 

@@ -5,8 +5,8 @@
 #include <cwchar>
 
 #include "app/AboutDlg.h"
-#include "app/DiagnosticLog.h"
-#include "app/ErrorReport.h"
+#include "common/DiagnosticLog.h"
+#include "common/ErrorReport.h"
 #include "app/ServiceControl.h"
 #include "common/Exception.h"
 #include "config/Settings.h"

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <vector>
 
-#include "app/DiagnosticLog.h"
+#include "common/DiagnosticLog.h"
 #include "common/Bstr.h"
 #include "common/Exception.h"
 #include "common/SafeArray.h"

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "common/Bstr.h"
+#include "common/DiagnosticLog.h"
 #include "common/Exception.h"
 #include "common/MsXml.h"
 #include "common/Text.h"
@@ -29,6 +30,12 @@ CSettings::CSettings()
 }
 
 CSettings g_Settings;
+
+namespace {
+// The log reads its trace level straight from the settings record, so a
+// changed TraceLevel takes effect at once.
+[[maybe_unused]] const bool g_traceLevelAnnounced = (SetTraceLevelSource(&g_Settings.TraceLevel), true);
+} // namespace
 
 namespace {
 

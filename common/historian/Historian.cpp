@@ -2,11 +2,10 @@
 
 #include <cwchar>
 
-#include "app/CaughtException.h"
-#include "app/DiagnosticLog.h"
+#include "common/CaughtException.h"
+#include "common/DiagnosticLog.h"
 #include "common/Exception.h"
 #include "common/Text.h"
-#include "config/Settings.h"
 #include "common/historian/DbConnection.h"
 #include "common/historian/DbError.h"
 
@@ -77,17 +76,6 @@ void CHistorian::Configure(const std::wstring& customConnection, long keepLastVa
     m_deletePercent = deletePercent;
     m_databaseFolder = folder;
     m_connectionString = customConnection;
-}
-
-void CHistorian::Configure(const CSettings& settings)
-{
-    const long keepLastValues =
-        (settings.DbKeepAllValues || !settings.DbKeepLastValues) ? kNoLimit : settings.DbLastValues;
-    const long keepLastMinutes = (!settings.DbKeepAllValues && settings.DbKeepLastMinutesValues)
-                                     ? settings.DbLastMinutesValues
-                                     : kNoLimit;
-    Configure(settings.CustomADOConnection ? settings.ADOConnection : std::wstring(), keepLastValues,
-              keepLastMinutes, settings.DbDeletePercent);
 }
 
 std::wstring CHistorian::ConnectionString() const

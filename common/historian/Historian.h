@@ -25,8 +25,6 @@
 #include "common/historian/HistorianItem.h"
 #include "common/historian/HistorianValues.h"
 
-struct CSettings;
-
 namespace CL {
 
 class IDbConnection;
@@ -50,13 +48,6 @@ public:
     // sets the database folder to "<folder of this executable>\Historian".
     void Configure(const std::wstring& customConnection, long keepLastValues, long keepLastMinutes,
                    long deletePercent);
-    // The same with the values the settings give:
-    //   keep-last-values  = 0x7FFFFFFF if DbKeepAllValues or not DbKeepLastValues, else DbLastValues;
-    //   keep-last-minutes = DbLastMinutesValues if not DbKeepAllValues and DbKeepLastMinutesValues,
-    //                       else 0x7FFFFFFF;
-    //   delete percent    = DbDeletePercent;
-    //   connection        = ADOConnection if CustomADOConnection, else none.
-    void Configure(const CSettings& settings);
 
     // The custom string when there is one, else the Jet provider on
     // "<database folder>\Historian.mdb".

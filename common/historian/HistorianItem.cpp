@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "app/CaughtException.h"
-#include "app/DiagnosticLog.h"
+#include "common/CaughtException.h"
+#include "common/DiagnosticLog.h"
 #include "common/Exception.h"
 #include "common/SafeArray.h"
 #include "common/Util_Variant.h"

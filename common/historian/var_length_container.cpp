@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "app/DiagnosticLog.h"
+#include "common/DiagnosticLog.h"
 #include "common/Exception.h"
 #include "common/SafeArray.h"
 #include "common/Util_Variant.h"

@@ -6,7 +6,7 @@
 #include <chrono>
 
 #include "addressspace/AddressSpaceExchange.h"
-#include "app/ErrorReport.h"
+#include "common/ErrorReport.h"
 #include "common/Text.h"
 #include "config/Settings.h"
 #include "support/ServerSimulator.h"

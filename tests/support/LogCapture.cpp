@@ -4,7 +4,7 @@
 #include <sstream>
 
 #include "TestSupport.h"
-#include "app/DiagnosticLog.h"
+#include "common/DiagnosticLog.h"
 #include "config/Settings.h"
 
 namespace test {

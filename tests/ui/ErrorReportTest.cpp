@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "TestSupport.h"
-#include "app/ErrorReport.h"
+#include "common/ErrorReport.h"
 #include "common/Exception.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "TestSupport.h"
-#include "app/DiagnosticLog.h"
+#include "common/DiagnosticLog.h"
 #include "common/Exception.h"
 #include "common/Handle.h"
 #include "config/Settings.h"

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "ValueTestHelpers.h"
-#include "app/DiagnosticLog.h"
+#include "common/DiagnosticLog.h"
 #include "common/Util_Variant.h"
 #include "common/historian/var_length_container.h"
 

@@ -6,7 +6,7 @@
 
 #include "SimKnobs.h"
 #include "SimValues.h"
-#include "app/CaughtException.h"
+#include "common/CaughtException.h"
 #include "common/Exception.h"
 #include "common/Text.h"
 #include "common/Util_Variant.h"

@@ -4,7 +4,7 @@
 
 #include "SimArchivedItems.h"
 #include "SimKnobs.h"
-#include "app/CaughtException.h"
+#include "common/CaughtException.h"
 #include "common/Text.h"
 
 namespace sim {

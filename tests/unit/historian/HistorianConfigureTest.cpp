@@ -4,6 +4,7 @@
 
 #include <comdef.h>
 
+#include "app/HistorianSettings.h"
 #include "common/historian/Historian.h"
 #include "config/Settings.h"
 #include "support/HistorianTestDb.h"
@@ -30,7 +31,7 @@ CSettings NotKeepingAll()
 TEST(HistorianConfigure, DefaultSettingsKeepAllValues)
 {
     CHistorian historian;
-    historian.Configure(CSettings());
+    CL::ConfigureHistorian(historian, CSettings());
     EXPECT_EQ(historian.KeepLastValues(), 0x7FFFFFFF);
     EXPECT_EQ(historian.KeepLastMinutes(), 0x7FFFFFFF);
     EXPECT_EQ(historian.DeletePercent(), 50);
@@ -39,7 +40,7 @@ TEST(HistorianConfigure, DefaultSettingsKeepAllValues)
 TEST(HistorianConfigure, LimitsComeFromTheSettingsWhenNotKeepingAll)
 {
     CHistorian historian;
-    historian.Configure(NotKeepingAll());
+    CL::ConfigureHistorian(historian, NotKeepingAll());
     EXPECT_EQ(historian.KeepLastValues(), 500);
     EXPECT_EQ(historian.KeepLastMinutes(), 90);
     EXPECT_EQ(historian.DeletePercent(), 30);
@@ -50,7 +51,7 @@ TEST(HistorianConfigure, KeepAllValuesSwitchesBothLimitsOff)
     CSettings settings = NotKeepingAll();
     settings.DbKeepAllValues = true;
     CHistorian historian;
-    historian.Configure(settings);
+    CL::ConfigureHistorian(historian, settings);
     EXPECT_EQ(historian.KeepLastValues(), 0x7FFFFFFF);
     EXPECT_EQ(historian.KeepLastMinutes(), 0x7FFFFFFF);
 }
@@ -61,7 +62,7 @@ TEST(HistorianConfigure, EachLimitNeedsItsOwnSwitch)
     settings.DbKeepLastValues = false;
     settings.DbKeepLastMinutesValues = false;
     CHistorian historian;
-    historian.Configure(settings);
+    CL::ConfigureHistorian(historian, settings);
     EXPECT_EQ(historian.KeepLastValues(), 0x7FFFFFFF);
     EXPECT_EQ(historian.KeepLastMinutes(), 0x7FFFFFFF);
 }
@@ -69,7 +70,7 @@ TEST(HistorianConfigure, EachLimitNeedsItsOwnSwitch)
 TEST(HistorianConfigure, DatabaseFolderIsHistorianBesideTheExecutable)
 {
     CHistorian historian;
-    historian.Configure(CSettings());
+    CL::ConfigureHistorian(historian, CSettings());
     EXPECT_EQ(historian.DatabaseFolder(), test::ProgramFolder() + L"Historian");
 }
 
@@ -79,7 +80,7 @@ TEST(HistorianConfigure, WithoutCustomConnectionTheJetFileIsUsed)
     settings.CustomADOConnection = false;
     settings.ADOConnection = L"Driver={SQLite3};Database=/tmp/ignored.db";
     CHistorian historian;
-    historian.Configure(settings);
+    CL::ConfigureHistorian(historian, settings);
     EXPECT_EQ(historian.ConnectionString(),
               L"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + test::ProgramFolder() + L"Historian\\Historian.mdb");
 }
@@ -90,7 +91,7 @@ TEST(HistorianConfigure, CustomConnectionIsUsedWhenSwitchedOn)
     settings.CustomADOConnection = true;
     settings.ADOConnection = L"Provider=SQLOLEDB;Data Source=srv;Initial Catalog=Historian";
     CHistorian historian;
-    historian.Configure(settings);
+    CL::ConfigureHistorian(historian, settings);
     EXPECT_EQ(historian.ConnectionString(), L"Provider=SQLOLEDB;Data Source=srv;Initial Catalog=Historian");
 }
 
@@ -107,7 +108,7 @@ TEST(HistorianConfigure, UnavailableJetDatabaseRaisesComError)
 {
     test::ComScope com;
     CHistorian historian;
-    historian.Configure(CSettings());
+    CL::ConfigureHistorian(historian, CSettings());
     EXPECT_THROW(historian.ReadSummary(), _com_error);
     EXPECT_THROW(historian.DeleteAll(), _com_error);
 }

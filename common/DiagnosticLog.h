@@ -1,7 +1,7 @@
 #pragma once
 // The diagnostic log: one text file per day beside the executable,
 // "<exe path without extension>.<YYYY>-<MM>-<DD>_<NNN>.log", one CR LF line
-// per message, filtered by the TraceLevel setting. Every line opens, appends
+// per message, filtered by a trace level (the TraceLevel setting). Every line opens, appends
 // to and closes the file, so nothing is lost when the process dies.
 #include <windows.h>
 
@@ -86,6 +86,9 @@ void Log(unsigned level, const std::string& text);
 // True when a message of this level would be written: callers test it before
 // building expensive texts.
 bool LogEnabled(unsigned level);
+// The variable that holds the highest level written (the settings record's
+// TraceLevel announces itself here); NULL returns to the default, 1.
+void SetTraceLevelSource(const long* level);
 
 // The message text's source position for this line of this file.
 #define MV_POS() (::CL::SourcePosition(__FILE__, __LINE__))

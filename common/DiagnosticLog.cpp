@@ -1,11 +1,10 @@
-#include "app/DiagnosticLog.h"
+#include "common/DiagnosticLog.h"
 
 #include <cstdio>
 #include <vector>
 
 #include "common/Exception.h"
 #include "common/Handle.h"
-#include "config/Settings.h"
 
 namespace CL {
 
@@ -120,9 +119,21 @@ bool CheckedCall(bool ok, const char* expression, const char* file, int line)
 
 } // namespace CL
 
+namespace {
+// Until the settings record announces its TraceLevel, only errors and
+// warnings are written (the setting's default).
+const long kDefaultTraceLevel = 1;
+const long* g_traceLevel = &kDefaultTraceLevel;
+} // namespace
+
+void SetTraceLevelSource(const long* level)
+{
+    g_traceLevel = level != nullptr ? level : &kDefaultTraceLevel;
+}
+
 bool LogEnabled(unsigned level)
 {
-    return static_cast<long long>(level) <= static_cast<long long>(g_Settings.TraceLevel);
+    return static_cast<long long>(level) <= static_cast<long long>(*g_traceLevel);
 }
 
 void Log(unsigned level, const char* text)

@@ -1,11 +1,11 @@
-#include "app/CaughtException.h"
+#include "common/CaughtException.h"
 
 #include <comdef.h>
 
 #include <exception>
 
-#include "app/DiagnosticLog.h"
-#include "app/ErrorReport.h"
+#include "common/DiagnosticLog.h"
+#include "common/ErrorReport.h"
 #include "common/Bstr.h"
 #include "common/ComPtr.h"
 #include "common/Exception.h"
