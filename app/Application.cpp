@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "common/DiagnosticLog.h"
+#include "app/DatabaseExplorer.h"
 #include "app/DummyWnd.h"
 #include "app/HistorianSettings.h"
 #include "common/ErrorReport.h"
@@ -69,6 +70,7 @@ int RunBody(UniqueKernelHandle& mutex)
 
     const MenuFlags flags = DecideMenuFlags();
     auto dummy = std::make_unique<CDummyWnd>(flags);
+    dummy->SetDatabaseExplorer(std::make_unique<CDatabaseExplorer>(*historian));
     dummy->SetSettingsAppliedHandler([&historian] { ConfigureHistorian(*historian, g_Settings); });
     if (!dummy->CreateEx())
         ThrowLastError(L"wndDummy.CreateEx ()");
