@@ -424,6 +424,39 @@ TEST_P(DBExplorer, TheListFollowsTheFrameWhenResized)
     EXPECT_EQ(large.bottom - large.top, small.bottom - small.top + 150);
 }
 
+TEST_P(DBExplorer, SystemColourChangeRebuildsTheArrowOfTheSortColumn)
+{
+    WriteRun(L"a", {Date(2023, 3, 15, 10, 0, 0)});
+    Open();
+    ClickHeader(List(), 2);
+    const HBITMAP before = HeaderBitmap(List(), 2);
+    ASSERT_NE(before, nullptr);
+    test::LogCapture log(3);
+    ::SendMessageW(m_explorer, WM_SYSCOLORCHANGE, 0, 0);
+    EXPECT_NE(HeaderBitmap(List(), 2), nullptr);
+    EXPECT_EQ(HeaderBitmap(List(), 2), m_explorer.List().SortUpBitmap());
+    EXPECT_EQ(HeaderBitmap(List(), 0), nullptr);
+    EXPECT_TRUE(log.ContainsLike(3, "CdlgDBExplorer::OnSysColorChange [dlgDBExplorer, ", "]"));
+}
+
+TEST_P(DBExplorer, KeysOfTheListRefreshAndDelete)
+{
+    WriteRun(L"a", {Date(2023, 3, 15, 10, 0, 0)});
+    Open();
+    WriteRun(L"b", {Date(2023, 3, 15, 10, 0, 0)});
+    NMLVKEYDOWN key = {};
+    key.hdr.hwndFrom = List();
+    key.hdr.idFrom = IDC_DBEXPLORER_LIST;
+    key.hdr.code = LVN_KEYDOWN;
+    key.wVKey = VK_F5;
+    ::SendMessageW(m_explorer, WM_NOTIFY, IDC_DBEXPLORER_LIST, reinterpret_cast<LPARAM>(&key));
+    EXPECT_EQ(Ids(), (std::vector<std::wstring>{L"a", L"b"}));
+    test::MessageBoxAnswerer answerer;
+    key.wVKey = VK_DELETE;
+    ::SendMessageW(m_explorer, WM_NOTIFY, IDC_DBEXPLORER_LIST, reinterpret_cast<LPARAM>(&key));
+    EXPECT_EQ(Texts(answerer.Seen()), (std::vector<std::wstring>{L"Nothing is selected"}));
+}
+
 TEST_P(DBExplorer, WritesItsTraceLines)
 {
     test::LogCapture log(3);

@@ -387,6 +387,17 @@ TEST_P(HistDataDialog, SaveDataWritesTheExportThroughTheSaveDialog)
     EXPECT_EQ(written, expected);
 }
 
+TEST_P(HistDataDialog, SaveDataCancelledInTheSaveDialogWritesNothingAndReadsNothing)
+{
+    WriteRun(L"t", {kBase});
+    HistDataWindow window(m_historian, L"t");
+    ASSERT_TRUE(window.Open());
+    test::FileDialogAnswer answer(L"");
+    window.Click(IDC_HISTDATA_OPEN_FILE);
+    ASSERT_TRUE(answer.Answered());
+    EXPECT_TRUE(Statements(L"SELECT").empty());
+}
+
 TEST_P(HistDataDialog, WritesItsTraceLines)
 {
     test::LogCapture log(3);
