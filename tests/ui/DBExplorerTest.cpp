@@ -125,6 +125,17 @@ TEST_P(DBExplorer, RightClickMenuCarriesTheCommands)
                         {L"Show selected item values...", 32811}}));
 }
 
+TEST_P(DBExplorer, RightClickMenuOpensFromTheKeyboardToo)
+{
+    WriteRun(L"a", {Date(2023, 3, 15, 10, 0, 0)});
+    Open();
+    SelectRows(List(), {0});
+    test::TrackedMenuCapture capture;
+    ::SendMessageW(m_explorer, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(List()), MAKELPARAM(-1, -1));
+    ASSERT_TRUE(capture.Captured());
+    EXPECT_EQ(capture.Entries().size(), 4u);
+}
+
 TEST_P(DBExplorer, EmptyDatabaseGivesAnEmptyListAndNothingIsSelected)
 {
     Open();
