@@ -10,6 +10,7 @@
 #include "common/Exception.h"
 #include "common/Handle.h"
 #include "common/LocalTime.h"
+#include "common/Text.h"
 #include "common/WaitCursor.h"
 #include "common/historian/Historian.h"
 #include "historian/dlgHistData.h"
@@ -210,6 +211,7 @@ void CdlgDBExplorer::Refresh()
         m_rows.Assign(m_historian.ReadSummary());
         m_list.Reset();
         m_list.SetSortIndicator(CL::CDBExplorerRows::kItemId, true);
+        m_bars.SetIdleText(CL::Format(L"%u archived item(s)", static_cast<unsigned>(m_rows.RowCount())));
     });
 }
 

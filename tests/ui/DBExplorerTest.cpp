@@ -161,6 +161,7 @@ TEST_P(DBExplorer, ListsEveryItemWithLocalTimesAndCountsInItemIdOrder)
     EXPECT_EQ(CellText(List(), 1, 2), LocalText(a0 + 4 * kHour));
     EXPECT_EQ(CellText(List(), 1, 3), L"5");
     EXPECT_EQ(CellText(List(), 0, 3), L"1");
+    EXPECT_EQ(test::WindowText(m_explorer.Bars().StatusBar()), L"2 archived item(s)");
     EXPECT_NE(HeaderBitmap(List(), 0), nullptr);
     EXPECT_EQ(HeaderBitmap(List(), 1), nullptr);
 }
