@@ -31,13 +31,8 @@ demo_session() {
     wine sc start MorvaneDemo </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1
     if [ "${HEADLESS:-0}" = 0 ]; then
         echo "The control panel runs on $DISPLAY: right-click its tray icon; Exit ends it."
-        local rc=0
-        wine "$panel" </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1 || rc=$?
-        # The service goes with the demo, as in the headless run, so that it
-        # does not stay registered in the build's Wine prefix (the tests'
-        # own registration of the simulator would meet it there).
-        wine "$server" --delete-service </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1
-        return $rc
+        wine "$panel" </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1
+        return $?
     fi
     wine "$panel" </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1 &
     local pid=$! shot=0
