@@ -9,9 +9,9 @@
 std::vector<CL::ReportColumn> CItemRows::Columns()
 {
     return {
-        {L"Name", 160},
-        {L"Data type", 120},
-        {L"Current Value", 160},
+        {L"Name", 140},
+        {L"Data type", 100},
+        {L"Current Value", 130},
         {L"Access", 55},
         {L"Scan Rate", 70, LVCFMT_RIGHT},
         {L"Archive", 55, LVCFMT_CENTER},

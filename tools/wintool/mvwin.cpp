@@ -2,8 +2,8 @@
 // messages; prints what it finds on standard output. Used by
 // scripts/screenshots.sh and its scripts under scripts/screenshots.d/.
 //
-//   mvwin wait <class|-> [title] [seconds]   waits for a visible top-level window; prints its handle
-//   mvwin find <class|-> [title] [seconds]   the same, hidden windows included
+//   mvwin wait <class|-> [title|-] [seconds] waits for a visible top-level window; prints its handle
+//   mvwin find <class|-> [title|-] [seconds] the same, hidden windows included
 //   mvwin child <hwnd> <class> [n]           the n-th (0-based) descendant of that class
 //   mvwin rect <hwnd>                        "x y width height" on the screen
 //   mvwin command <hwnd> <id>                posts WM_COMMAND id
@@ -60,7 +60,9 @@ BOOL CALLBACK FindTop(HWND hwnd, LPARAM param)
 
 int Wait(int argc, wchar_t** argv, bool visibleOnly)
 {
-    Search search{argv[2], argc > 3 ? argv[3] : nullptr, visibleOnly, nullptr};
+    // "-" for the class or the title: any.
+    const wchar_t* title = argc > 3 && wcscmp(argv[3], L"-") != 0 ? argv[3] : nullptr;
+    Search search{argv[2], title, visibleOnly, nullptr};
     const double seconds = argc > 4 ? _wtof(argv[4]) : 20.0;
     const DWORD deadline = ::GetTickCount() + static_cast<DWORD>(seconds * 1000);
     for (;;) {
