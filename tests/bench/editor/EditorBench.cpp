@@ -72,6 +72,21 @@ double TimeSort(CMainFrame& frame, int column)
     return Seconds() - start;
 }
 
+// Whether the list shows its rows in ascending order of the column.
+bool ShownSorted(CMainFrame& frame, int column)
+{
+    const CL::CReportList& list = frame.ReportList();
+    for (size_t i = 1; i < list.DisplayCount(); ++i) {
+        const size_t before = list.SourceRowAt(i - 1), after = list.SourceRowAt(i);
+        const bool descending = frame.Rows().ComparesByText(column)
+                                    ? frame.Rows().CellText(after, column) < frame.Rows().CellText(before, column)
+                                    : frame.Rows().Less(after, before, column);
+        if (descending)
+            return false;
+    }
+    return true;
+}
+
 void Print(const char* name, double seconds, double target)
 {
     std::printf("%s %.3f (target <= %.1f: %s)\n", name, seconds, target, seconds <= target ? "met" : "MISSED");
@@ -123,7 +138,9 @@ int main(int argc, char** argv)
         const int rows = ListView_GetItemCount(frame.List());
 
         const double sortName = TimeSort(frame, CItemRows::kName);
+        const bool nameSorted = ShownSorted(frame, CItemRows::kName);
         const double sortValue = TimeSort(frame, CItemRows::kCurrentValue);
+        const bool valueSorted = ShownSorted(frame, CItemRows::kCurrentValue);
 
         std::printf("items %d in the list, %u tree nodes\n", rows, nodes);
         std::printf("load_seconds %.3f\n", load);
@@ -133,6 +150,10 @@ int main(int argc, char** argv)
         Print("sort_by_current_value_seconds", sortValue, kTargetSort);
         std::printf("editor_to_load_ratio %.3f\n", show / load);
         std::printf("editor_with_list_to_load_ratio %.3f\n", (show + fill) / load);
+        if (!nameSorted || !valueSorted) {
+            std::fprintf(stderr, "the list is not shown in the order of the sorted column\n");
+            status = 1;
+        }
         if (rows != kBigItems) {
             std::fprintf(stderr, "the list shows %d rows, expected %d\n", rows, kBigItems);
             status = 1;
