@@ -347,19 +347,40 @@ TEST(ItemDialog, CloseBoxEndsWithCancel)
 
 namespace {
 
-// Real key strokes through the system's input queue.
-void PressKeys(std::initializer_list<std::pair<WORD, bool>> keys)
-{
-    std::vector<INPUT> inputs;
-    for (const auto& [key, down] : keys) {
-        INPUT input = {};
-        input.type = INPUT_KEYBOARD;
-        input.ki.wVk = key;
-        input.ki.dwFlags = down ? 0 : KEYEVENTF_KEYUP;
-        inputs.push_back(input);
+// Key strokes for one dialog: the watcher shares the dialog thread's input
+// state (so Ctrl held here is held there) and posts the keys into the
+// dialog thread's queue, where its modal loop handles them as typed keys.
+// Other test programs on the display do not get in the way.
+class DialogKeyboard {
+public:
+    explicit DialogKeyboard(HWND dialog)
+        : m_self(::GetCurrentThreadId()), m_dialogThread(::GetWindowThreadProcessId(dialog, nullptr))
+    {
+        ::AttachThreadInput(m_self, m_dialogThread, TRUE);
     }
-    ::SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
-}
+    ~DialogKeyboard()
+    {
+        HoldCtrl(false);
+        ::AttachThreadInput(m_self, m_dialogThread, FALSE);
+    }
+    void HoldCtrl(bool down)
+    {
+        BYTE state[256];
+        ::GetKeyboardState(state);
+        state[VK_CONTROL] = state[VK_LCONTROL] = down ? 0x80 : 0;
+        ::SetKeyboardState(state);
+    }
+    static void Press(HWND control, WORD key)
+    {
+        const UINT scan = ::MapVirtualKeyW(key, MAPVK_VK_TO_VSC);
+        ::PostMessageW(control, WM_KEYDOWN, key, 1 | (scan << 16));
+        ::PostMessageW(control, WM_KEYUP, key, 1 | (scan << 16) | 0xC0000000u);
+    }
+
+private:
+    DWORD m_self;
+    DWORD m_dialogThread;
+};
 
 } // namespace
 
@@ -367,29 +388,33 @@ TEST(ItemDialog, CtrlEnterStartsANewLineInTheValueAndEnterAlonePressesSave)
 {
     CdlgAddItem dialog;
     std::wstring typed;
+    bool closedByEnter = false;
     DialogScript script({{L"Add Item", [&](HWND d) {
                               test::SetItemText(d, IDC_ITEM_NAME, L"Lines");
                               test::SelectComboData(d, IDC_ITEM_TYPE, VT_ARRAY | VT_I4);
                               test::SetItemText(d, IDC_ITEM_VALUE, L"1");
                               const HWND value = ::GetDlgItem(d, IDC_ITEM_VALUE);
-                              ::SetForegroundWindow(d);
-                              ::PostMessageW(d, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(value), TRUE);
-                              test::WaitUntil([&] {
-                                  GUITHREADINFO info = {};
-                                  info.cbSize = sizeof info;
-                                  ::GetGUIThreadInfo(::GetWindowThreadProcessId(d, nullptr), &info);
-                                  return info.hwndFocus == value;
-                              }, 5s);
                               ::SendMessageW(value, EM_SETSEL, 1, 1);
-                              PressKeys({{VK_CONTROL, true}, {VK_RETURN, true}, {VK_RETURN, false}, {VK_CONTROL, false},
-                                         {'2', true}, {'2', false}});
-                              test::WaitUntil([&] { return test::DialogItemText(d, IDC_ITEM_VALUE) == L"1\r\n2"; }, 5s);
-                              typed = test::DialogItemText(d, IDC_ITEM_VALUE);
-                              PressKeys({{VK_RETURN, true}, {VK_RETURN, false}});
+                              {
+                                  DialogKeyboard keys(d);
+                                  keys.HoldCtrl(true);
+                                  DialogKeyboard::Press(value, VK_RETURN);
+                                  test::WaitUntil([&] { return test::DialogItemText(d, IDC_ITEM_VALUE) != L"1"; }, 5s);
+                                  keys.HoldCtrl(false);
+                                  ::SendMessageW(value, EM_SETSEL, 0x7FFF, 0x7FFF);
+                                  ::SendMessageW(value, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L"2"));
+                                  typed = test::DialogItemText(d, IDC_ITEM_VALUE);
+                                  DialogKeyboard::Press(value, VK_RETURN);
+                                  closedByEnter = test::WaitUntil([&] { return !::IsWindow(d); }, 5s);
+                              }
+                              // Never leave the test hanging on an open dialog.
+                              if (!closedByEnter)
+                                  test::ClickButton(d, IDCANCEL);
                           }}});
     const INT_PTR result = dialog.DoModal(nullptr);
     ASSERT_TRUE(script.Finished()) << Report(script);
     EXPECT_EQ(typed, L"1\r\n2");
+    EXPECT_TRUE(closedByEnter);
     EXPECT_EQ(result, IDOK) << "Enter alone presses the default button";
     ASSERT_EQ(dialog.value.vt, VT_ARRAY | VT_I4);
     LONG upper = -1;
