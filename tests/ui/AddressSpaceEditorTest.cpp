@@ -1076,3 +1076,79 @@ TEST_F(EditorWindow, ASystemColourChangeRebuildsTheSortArrows)
     EXPECT_TRUE(ShowsArrow(List(), 0));
     EXPECT_EQ(Column(0), (Names{L"Count", L"Label", L"Speed"}));
 }
+
+// ---- More of the keyboard, mouse and bars ------------------------------------------
+
+TEST_F(EditorFile, SaveACopyWithTheAllFilesFilterKeepsTheNameAsTyped)
+{
+    const std::wstring typed = dir.File(L"plain");
+    DialogScript script({{L"Save a copy", [&](HWND d) {
+                              // The second filter, "All files (*.*)", as a user picks it.
+                              const HWND filter = ::GetDlgItem(d, 0x0470);
+                              ::SendMessageW(filter, CB_SETCURSEL, 1, 0);
+                              ::SendMessageW(d, WM_COMMAND, MAKEWPARAM(0x0470, CBN_SELENDOK),
+                                             reinterpret_cast<LPARAM>(filter));
+                              test::ChooseFile(d, typed);
+                          }}});
+    Command(ID_AS_FILE_SAVE_COPY);
+    ASSERT_TRUE(script.Finished()) << Report(script);
+    EXPECT_TRUE(test::FileExists(typed));
+    EXPECT_FALSE(test::FileExists(typed + L".xml"));
+}
+
+TEST_F(EditorEdit, TheContextMenuKeyOffersTheMenuOfTheViewWithTheFocus)
+{
+    SelectBranch(L"Plant/Line1");
+    {
+        test::TrackedMenuCapture capture;
+        ::SendMessageW(Frame(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(Tree()), -1);
+        ASSERT_TRUE(capture.Captured());
+        EXPECT_EQ(capture.Entries().front().text, L"New Branch...");
+    }
+    {
+        test::TrackedMenuCapture capture;
+        ::SendMessageW(Frame(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(List()), -1);
+        ASSERT_TRUE(capture.Captured());
+        EXPECT_EQ(test::MenuTexts(capture.Entries()),
+                  (Names{L"New Item...", L"Delete", L"Historical data...", L"-", L"Properties..."}));
+    }
+}
+
+TEST_F(EditorEdit, ADoubleClickOnARowOpensItsProperties)
+{
+    SelectBranch(L"Plant/Line1");
+    RECT rect = {};
+    ASSERT_TRUE(ListView_GetItemRect(List(), LineOf(L"Label"), &rect, LVIR_LABEL));
+    std::wstring name;
+    DialogScript script({{L"Item(s) properties", [&](HWND d) {
+                              name = test::DialogItemText(d, IDC_ITEM_NAME);
+                              test::ClickButton(d, IDCANCEL);
+                          }}});
+    const LPARAM at = MAKELPARAM((rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2);
+    ::SendMessageW(List(), WM_LBUTTONDOWN, MK_LBUTTON, at);
+    ::SendMessageW(List(), WM_LBUTTONUP, 0, at);
+    ::SendMessageW(List(), WM_LBUTTONDBLCLK, MK_LBUTTON, at);
+    ::SendMessageW(List(), WM_LBUTTONUP, 0, at);
+    ASSERT_TRUE(script.Finished()) << Report(script);
+    EXPECT_EQ(name, L"Label");
+}
+
+TEST_F(EditorWindow, AToolbarButtonRunsItsCommand)
+{
+    const HWND toolbar = F().Bars().Toolbar();
+    const int index = static_cast<int>(::SendMessageW(toolbar, TB_COMMANDTOINDEX, ID_AS_HELP_ABOUT, 0));
+    RECT rect = {};
+    ASSERT_TRUE(::SendMessageW(toolbar, TB_GETITEMRECT, index, reinterpret_cast<LPARAM>(&rect)));
+    DialogScript script({Answer(L"About", IDOK)});
+    const LPARAM at = MAKELPARAM((rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2);
+    ::SendMessageW(toolbar, WM_LBUTTONDOWN, MK_LBUTTON, at);
+    ::SendMessageW(toolbar, WM_LBUTTONUP, 0, at);
+    EXPECT_TRUE(script.Finished()) << Report(script);
+}
+
+TEST_F(EditorWindow, AMenuEntryUnderTheMouseShowsItsPromptInTheStatusBar)
+{
+    const HMENU file = ::GetSubMenu(::GetMenu(Frame()), 0);
+    ::SendMessageW(Frame(), WM_MENUSELECT, MAKEWPARAM(ID_AS_FILE_SAVE, MF_HILITE), reinterpret_cast<LPARAM>(file));
+    EXPECT_EQ(test::WindowText(F().Bars().StatusBar()), L"Save current configuration and send it to the server");
+}
