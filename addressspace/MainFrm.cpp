@@ -328,6 +328,19 @@ void CMainFrame::OnInitMenuPopup(HMENU menu)
     ::CheckMenuItem(menu, ID_AS_VIEW_TOOLBAR, MF_BYCOMMAND | (m_bars.ToolbarVisible() ? MF_CHECKED : MF_UNCHECKED));
     ::CheckMenuItem(menu, ID_AS_VIEW_STATUS_BAR,
                     MF_BYCOMMAND | (m_bars.StatusBarVisible() ? MF_CHECKED : MF_UNCHECKED));
+    // Delete and Properties act on the view with the focus: the selected
+    // branch (not the root) in the tree, the selected rows in the list.
+    const bool inTree = TreeHasFocus();
+    const COPCServerAddressSpaceBranch* branch = NodeBranch(m_tree, SelectedNode());
+    const bool hasRows = m_list.Hwnd() && !m_list.SelectedRows().empty();
+    const bool canEdit = inTree ? (branch && branch->Parent()) : hasRows;
+    const bool hasItem = m_list.Hwnd() && (m_list.FocusedRow() >= 0 || hasRows);
+    const auto enable = [menu](UINT id, bool enabled) {
+        ::EnableMenuItem(menu, id, MF_BYCOMMAND | (enabled ? MF_ENABLED : MF_GRAYED));
+    };
+    enable(ID_AS_EDIT_DELETE, canEdit);
+    enable(ID_AS_EDIT_PROPERTIES, canEdit);
+    enable(ID_AS_EDIT_HISTORY, hasItem);
 }
 
 void CMainFrame::OnSysColorChange()
@@ -358,6 +371,12 @@ COPCServerAddressSpaceBranch* CMainFrame::NodeBranch(HWND tree, HTREEITEM node)
 HTREEITEM CMainFrame::SelectedNode() const
 {
     return m_tree ? TreeView_GetSelection(m_tree) : nullptr;
+}
+
+bool CMainFrame::TreeHasFocus() const
+{
+    const HWND focus = ::GetFocus();
+    return m_tree && (focus ? focus == m_tree : m_lastFocus == m_tree);
 }
 
 HTREEITEM CMainFrame::RootNode() const
@@ -711,7 +730,7 @@ void CMainFrame::OnEditDelete()
 {
     Log(3, "CMainFrame::OnEditDelete" + MV_POS());
     CL::RunReported([this] {
-        if (::GetFocus() == m_tree)
+        if (TreeHasFocus())
             DeleteSelectedBranch();
         else
             DeleteSelectedItems();
@@ -767,7 +786,7 @@ void CMainFrame::OnEditProperties()
 {
     Log(3, "CMainFrame::OnEditProperties" + MV_POS());
     CL::RunReported([this] {
-        if (::GetFocus() == m_tree)
+        if (TreeHasFocus())
             BranchProperties();
         else
             ItemProperties();

@@ -71,6 +71,8 @@ public:
     CL::CSplitter& Splitter() { return m_splitter; }
     // The branch of a tree node (the root node's is the root branch).
     static COPCServerAddressSpaceBranch* NodeBranch(HWND tree, HTREEITEM node);
+    // The view (tree or list) that had the keyboard focus last.
+    HWND LastFocusedView() const { return m_lastFocus; }
     // The branch whose items the list shows.
     COPCServerAddressSpaceBranch* ListBranch() const { return m_listBranch.get(); }
 
@@ -121,6 +123,9 @@ private:
     void InsertSubtree(HTREEITEM parentNode, const COPCServerAddressSpaceBranch& branch);
     void SortChildren(HTREEITEM parentNode);
     HTREEITEM SelectedNode() const;
+    // Whether the tree has the keyboard focus; while the window is inactive
+    // (no focus in this thread), whether it had it last.
+    bool TreeHasFocus() const;
     HTREEITEM RootNode() const;
     // The selected branch, or the root when nothing is selected.
     COPCServerAddressSpaceBranch& TargetBranch() const;

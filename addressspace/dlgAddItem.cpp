@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "addressspace/ItemDataTypes.h"
 #include "common/DiagnosticLog.h"
 #include "common/ErrorReport.h"
 #include "common/Exception.h"
@@ -34,21 +35,6 @@ bool Checked(HWND dialog, int id)
 }
 
 } // namespace
-
-const std::array<VARTYPE, 32>& CdlgAddItem::DataTypes()
-{
-    static const std::array<VARTYPE, 32> types = [] {
-        constexpr VARTYPE scalars[16] = {VT_INT, VT_I1,  VT_I2, VT_I4, VT_I8, VT_UINT, VT_UI1,  VT_UI2,
-                                         VT_UI4, VT_UI8, VT_R4, VT_R8, VT_CY, VT_DATE, VT_BOOL, VT_BSTR};
-        std::array<VARTYPE, 32> all = {};
-        for (size_t i = 0; i < 16; ++i) {
-            all[i] = scalars[i];
-            all[i + 16] = static_cast<VARTYPE>(scalars[i] | VT_ARRAY);
-        }
-        return all;
-    }();
-    return types;
-}
 
 INT_PTR CdlgAddItem::DoModal(HWND owner)
 {
@@ -112,7 +98,8 @@ INT_PTR CdlgAddItem::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
 void CdlgAddItem::FillDataTypes()
 {
     const HWND combo = GetDlgItem(IDC_ITEM_TYPE);
-    for (VARTYPE vt : DataTypes()) {
+    // The types in the order of CL::kItemDataTypes (ItemDataTypes.h).
+    for (VARTYPE vt : CL::kItemDataTypes) {
         const int index = ComboBox_AddString(combo, CL::VarTypeToString(vt).c_str());
         ComboBox_SetItemData(combo, index, vt);
     }

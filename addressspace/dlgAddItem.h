@@ -6,7 +6,6 @@
 // the chosen type; duplicate names are the editor's business.
 #include <windows.h>
 
-#include <array>
 #include <string>
 
 #include "common/Variant.h"
@@ -15,11 +14,6 @@
 
 class CdlgAddItem : public CL::CDialog {
 public:
-    // The data types offered, in list order: signed integers from the
-    // platform-sized one up, unsigned, floating, currency, date, boolean,
-    // string; then the same as arrays.
-    static const std::array<VARTYPE, 32>& DataTypes();
-
     // The name field's text when several items are edited.
     static constexpr wchar_t kMultipleSelection[] = L"[multiple selection]";
     // The longest value text shown and taken.

@@ -910,7 +910,7 @@ TEST_F(EditorEdit, ARightClickOnATreeNodeSelectsItAndOffersTheTreeMenu)
     EXPECT_EQ(ids, (std::vector<UINT>{ID_AS_EDIT_NEW_BRANCH, ID_AS_EDIT_NEW_ITEM, ID_AS_EDIT_DELETE, 0,
                                       ID_AS_EDIT_PROPERTIES}));
     EXPECT_EQ(TreeView_GetSelection(Tree()), Node(L"Plant/Line2"));
-    EXPECT_EQ(::GetFocus(), Tree()) << "the menu's commands act on the tree";
+    EXPECT_EQ(F().LastFocusedView(), Tree()) << "the menu's commands act on the tree";
 }
 
 TEST_F(EditorEdit, ARightClickOnTheListOffersTheListMenu)
@@ -928,7 +928,7 @@ TEST_F(EditorEdit, ARightClickOnTheListOffersTheListMenu)
         ids.push_back(entry.id);
     EXPECT_EQ(ids, (std::vector<UINT>{ID_AS_EDIT_NEW_ITEM, ID_AS_EDIT_DELETE, ID_AS_EDIT_HISTORY, 0,
                                       ID_AS_EDIT_PROPERTIES}));
-    EXPECT_EQ(::GetFocus(), List());
+    EXPECT_EQ(F().LastFocusedView(), List()) << "the menu's commands act on the list";
 }
 
 // ---- Keyboard ------------------------------------------------------------------------
@@ -1002,11 +1002,11 @@ TEST_F(EditorWindow, TheProgramsMessageLoopGivesKeysToTheEditorsAccelerators)
 TEST_F(EditorWindow, TabMovesTheFocusBetweenTreeAndList)
 {
     FocusTree();
-    ASSERT_EQ(::GetFocus(), Tree());
+    ASSERT_EQ(F().LastFocusedView(), Tree());
     ::SendMessageW(Tree(), WM_KEYDOWN, VK_TAB, 0);
-    EXPECT_EQ(::GetFocus(), List());
+    EXPECT_EQ(F().LastFocusedView(), List());
     ::SendMessageW(List(), WM_KEYDOWN, VK_TAB, 0);
-    EXPECT_EQ(::GetFocus(), Tree());
+    EXPECT_EQ(F().LastFocusedView(), Tree());
 }
 
 // ---- Layout ----------------------------------------------------------------------------
@@ -1151,4 +1151,29 @@ TEST_F(EditorWindow, AMenuEntryUnderTheMouseShowsItsPromptInTheStatusBar)
     const HMENU file = ::GetSubMenu(::GetMenu(Frame()), 0);
     ::SendMessageW(Frame(), WM_MENUSELECT, MAKEWPARAM(ID_AS_FILE_SAVE, MF_HILITE), reinterpret_cast<LPARAM>(file));
     EXPECT_EQ(test::WindowText(F().Bars().StatusBar()), L"Save current configuration and send it to the server");
+}
+
+TEST_F(EditorEdit, EditEntriesAreGreyedWhereTheyHaveNothingToActOn)
+{
+    const HMENU edit = ::GetSubMenu(::GetMenu(Frame()), 1);
+    auto enabled = [&](UINT id) {
+        ::SendMessageW(Frame(), WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(edit), 1);
+        return (::GetMenuState(edit, id, MF_BYCOMMAND) & (MF_GRAYED | MF_DISABLED)) == 0;
+    };
+    SelectBranch(L"");
+    FocusTree();
+    EXPECT_FALSE(enabled(ID_AS_EDIT_DELETE)) << "the root stays";
+    EXPECT_FALSE(enabled(ID_AS_EDIT_PROPERTIES));
+    EXPECT_TRUE(enabled(ID_AS_EDIT_NEW_BRANCH));
+    SelectBranch(L"Plant/Line1");
+    FocusTree();
+    EXPECT_TRUE(enabled(ID_AS_EDIT_DELETE));
+    EXPECT_TRUE(enabled(ID_AS_EDIT_PROPERTIES));
+    EXPECT_FALSE(enabled(ID_AS_EDIT_HISTORY)) << "no item chosen";
+    FocusList();
+    EXPECT_FALSE(enabled(ID_AS_EDIT_DELETE)) << "no row selected";
+    SelectRows({L"Speed"});
+    EXPECT_TRUE(enabled(ID_AS_EDIT_DELETE));
+    EXPECT_TRUE(enabled(ID_AS_EDIT_PROPERTIES));
+    EXPECT_TRUE(enabled(ID_AS_EDIT_HISTORY));
 }
