@@ -48,6 +48,12 @@ bool HasExtension(const std::wstring& path)
     return path.find(L'.', slash == std::wstring::npos ? 0 : slash + 1) != std::wstring::npos;
 }
 
+std::wstring FolderOf(const std::wstring& path)
+{
+    const size_t slash = path.find_last_of(L"\\/");
+    return slash == std::wstring::npos ? std::wstring() : path.substr(0, slash);
+}
+
 int CALLBACK CompareBranchNodes(LPARAM a, LPARAM b, LPARAM /*unused*/)
 {
     const auto* left = reinterpret_cast<const COPCServerAddressSpaceBranch*>(a);
@@ -592,6 +598,9 @@ void CMainFrame::OnFileOpen()
         ofn.lpstrFile = m_openPath;
         ofn.nMaxFile = static_cast<DWORD>(std::size(m_openPath));
         ofn.lpstrTitle = L"Open";
+        // The first time, the folder of the server's exchange file.
+        const std::wstring folder = FolderOf(m_exchange.ExchangeFile());
+        ofn.lpstrInitialDir = folder.c_str();
         ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
         if (!::GetOpenFileNameW(&ofn))
             return;
@@ -626,6 +635,8 @@ void CMainFrame::OnFileSaveCopy()
         ofn.lpstrFile = m_copyPath;
         ofn.nMaxFile = static_cast<DWORD>(std::size(m_copyPath));
         ofn.lpstrTitle = L"Save a copy";
+        const std::wstring folder = FolderOf(m_exchange.ExchangeFile());
+        ofn.lpstrInitialDir = folder.c_str();
         ofn.Flags = OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOREADONLYRETURN;
         if (!::GetSaveFileNameW(&ofn))
             return;
