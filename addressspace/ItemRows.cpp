@@ -76,11 +76,16 @@ std::wstring CItemRows::CellText(size_t row, int column) const
     return m_rows[row].cells[static_cast<size_t>(column)];
 }
 
+bool CItemRows::ComparesByText(int column) const
+{
+    return column != kName && column != kScanRate;
+}
+
 bool CItemRows::Less(size_t a, size_t b, int column) const
 {
     if (column == kScanRate)
         return m_rows.at(a).item->ScanRate() < m_rows.at(b).item->ScanRate();
-    const auto& left = m_rows.at(a).cells.at(static_cast<size_t>(column));
-    const auto& right = m_rows.at(b).cells.at(static_cast<size_t>(column));
-    return _wcsicmp(left.c_str(), right.c_str()) < 0;
+    if (column == kName)
+        return _wcsicmp(m_rows.at(a).cells[kName].c_str(), m_rows.at(b).cells[kName].c_str()) < 0;
+    return CL::IReportRows::Less(a, b, column);
 }

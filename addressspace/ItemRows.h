@@ -35,7 +35,9 @@ public:
 
     size_t RowCount() const override { return m_rows.size(); }
     std::wstring CellText(size_t row, int column) const override;
-    // Names and texts ignore letter case; the scan rate compares as a number.
+    // Names sort without regard to letter case (as the model orders them),
+    // the scan rate as a number, the other columns by their texts.
+    bool ComparesByText(int column) const override;
     bool Less(size_t a, size_t b, int column) const override;
 
 private:

@@ -375,7 +375,8 @@ TEST(ItemDialog, CtrlEnterStartsANewLineInTheValueAndEnterAlonePressesSave)
                               ::SetForegroundWindow(d);
                               ::PostMessageW(d, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(value), TRUE);
                               test::WaitUntil([&] {
-                                  GUITHREADINFO info = {sizeof info};
+                                  GUITHREADINFO info = {};
+                                  info.cbSize = sizeof info;
                                   ::GetGUIThreadInfo(::GetWindowThreadProcessId(d, nullptr), &info);
                                   return info.hwndFocus == value;
                               }, 5s);
@@ -421,7 +422,7 @@ TEST(ItemDialog, MnemonicsAreUniqueTabOrderFollowsTheScreenAndNoTextIsCutOff)
 TEST(ItemDialog, GrowingTheDialogGrowsTheValueFieldAndKeepsTheButtonsInTheCorner)
 {
     CdlgAddItem dialog;
-    RECT valueBefore = {}, valueAfter = {}, okBefore = {}, okAfter = {}, client = {};
+    RECT valueBefore = {}, valueAfter = {}, okBefore = {}, okAfter = {};
     DialogScript script({{L"Add Item", [&](HWND d) {
                               ::GetWindowRect(::GetDlgItem(d, IDC_ITEM_VALUE), &valueBefore);
                               ::GetWindowRect(::GetDlgItem(d, IDOK), &okBefore);

@@ -838,6 +838,8 @@ bool ShowsArrow(HWND list, int column)
 
 TEST_F(EditorList, EachColumnSortsAscendingThenDescendingWithTheArrowOnItsHeader)
 {
+    // Wide enough for every column header to be clicked.
+    ::SetWindowPos(Frame(), nullptr, 0, 0, 1200, 600, SWP_NOMOVE | SWP_NOZORDER);
     SelectBranch(L"Plant/Line1");
     // Expected names in ascending order of each column.
     const std::vector<Names> ascending = {
@@ -895,6 +897,7 @@ TEST_F(EditorEdit, ARightClickOnATreeNodeSelectsItAndOffersTheTreeMenu)
 {
     SelectBranch(L"");
     FocusList();
+    TreeView_Expand(Tree(), Node(L"Plant"), TVE_EXPAND);
     RECT rect = {};
     ASSERT_TRUE(TreeView_GetItemRect(Tree(), Node(L"Plant/Line2"), &rect, TRUE));
     test::TrackedMenuCapture capture;
@@ -980,15 +983,19 @@ TEST_F(EditorWindow, TheProgramsMessageLoopGivesKeysToTheEditorsAccelerators)
     auto second = std::make_unique<CL::CAddressSpaceEditor>(historian, CAddressSpaceExchange(file));
     ASSERT_TRUE(second->PrepareOpen());
     ASSERT_TRUE(second->Create());
-    ::ShowWindow(second->Window(), SW_SHOW);
-    DialogScript script({Answer(L"New", IDNO)});
-    {
-        CtrlHeld ctrl;
-        ::PostMessageW(second->Frame().List(), WM_KEYDOWN, 'N', 0);
-        ::PostQuitMessage(0);
-        loop.Run();
-    }
-    EXPECT_TRUE(script.Finished()) << Report(script);
+    CMainFrame& frame = second->Frame();
+    ::ShowWindow(frame, SW_SHOW);
+    TreeView_SelectItem(frame.Tree(), TreeView_GetRoot(frame.Tree()));
+    ListView_SetItemState(frame.List(), 0, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+    ::SetFocus(frame.List());
+    // Del is the Delete command only through the accelerators: the list
+    // itself does nothing with the key.
+    ::PostMessageW(frame.List(), WM_KEYDOWN, VK_DELETE, 0);
+    ::PostQuitMessage(0);
+    loop.Run();
+    EXPECT_EQ(ListView_GetItemCount(frame.List()), 0) << "Heartbeat deleted";
+    EXPECT_FALSE(frame.Document().Model()->RootBranch()->FindItem(L"Heartbeat"));
+    frame.Document().SetDirty(false);
     second.reset();
     CL::CMessageLoop::SetCurrent(nullptr);
 }
