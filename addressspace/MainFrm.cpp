@@ -6,14 +6,19 @@
 
 #include <algorithm>
 
+#include "addressspace/AddressSpaceCopy.h"
+#include "addressspace/AddressSpaceCsv.h"
 #include "addressspace/ItemId.h"
 #include "addressspace/NoCaseLess.h"
 #include "addressspace/dlgAddBranch.h"
 #include "addressspace/dlgAddItem.h"
+#include "addressspace/dlgCsvImport.h"
 #include "common/DiagnosticLog.h"
 #include "common/ErrorReport.h"
 #include "common/Exception.h"
+#include "common/FileBytes.h"
 #include "common/Handle.h"
+#include "common/Text.h"
 #include "common/Util_Variant.h"
 #include "common/ui/WaitCursor.h"
 #include "res/resource.h"
@@ -30,6 +35,7 @@ constexpr wchar_t kDuplicateBranch[] =
 constexpr wchar_t kDuplicateItem[] =
     L"Another OPC item with the same name exists on the same level. Please, enter unique item name.";
 constexpr wchar_t kFileFilter[] = L"XML files (*.xml)\0*.xml\0All files (*.*)\0*.*\0";
+constexpr wchar_t kCsvFilter[] = L"CSV files (*.csv)\0*.csv\0All files (*.*)\0*.*\0";
 constexpr WORD kGoodQuality = 192;
 constexpr int kSplitterPosition = 220;
 constexpr int kMinPaneWidth = 60;
@@ -261,6 +267,8 @@ void CMainFrame::OnCommand(WORD id)
     case ID_AS_FILE_SAVE: OnFileSave(); break;
     case ID_AS_FILE_SAVE_COPY: OnFileSaveCopy(); break;
     case ID_AS_FILE_RELOAD: OnFileReload(); break;
+    case ID_AS_FILE_EXPORT_CSV: OnFileExportCsv(); break;
+    case ID_AS_FILE_IMPORT_CSV: OnFileImportCsv(); break;
     case ID_AS_EDIT_NEW_BRANCH: OnEditNewBranch(); break;
     case ID_AS_EDIT_NEW_ITEM: OnEditNewItem(); break;
     case ID_AS_EDIT_DELETE: OnEditDelete(); break;
@@ -645,6 +653,67 @@ void CMainFrame::OnFileSaveCopy()
             path += L".xml";
         CL::CWaitCursor wait;
         m_document.Model()->Save(path);
+    });
+}
+
+void CMainFrame::OnFileExportCsv()
+{
+    Log(3, "CMainFrame::OnFileExportCsv" + MV_POS());
+    CL::RunReported([this] {
+        OPENFILENAMEW ofn = {};
+        ofn.lStructSize = sizeof ofn;
+        ofn.hwndOwner = Hwnd();
+        ofn.lpstrFilter = kCsvFilter;
+        ofn.nFilterIndex = 1;
+        ofn.lpstrFile = m_csvPath;
+        ofn.nMaxFile = static_cast<DWORD>(std::size(m_csvPath));
+        ofn.lpstrTitle = L"Export CSV";
+        ofn.Flags = OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOREADONLYRETURN;
+        if (!::GetSaveFileNameW(&ofn))
+            return;
+        std::wstring path = m_csvPath;
+        if (ofn.nFilterIndex == 1 && !HasExtension(path))
+            path += L".csv";
+        CL::CWaitCursor wait;
+        CL::WriteWholeFile(path, CL::ExportAddressSpaceCsv(*m_document.Model()));
+    });
+}
+
+void CMainFrame::OnFileImportCsv()
+{
+    Log(3, "CMainFrame::OnFileImportCsv" + MV_POS());
+    CL::RunReported([this] {
+        OPENFILENAMEW ofn = {};
+        ofn.lStructSize = sizeof ofn;
+        ofn.hwndOwner = Hwnd();
+        ofn.lpstrFilter = kCsvFilter;
+        ofn.nFilterIndex = 1;
+        ofn.lpstrFile = m_csvPath;
+        ofn.nMaxFile = static_cast<DWORD>(std::size(m_csvPath));
+        ofn.lpstrTitle = L"Import CSV";
+        ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
+        if (!::GetOpenFileNameW(&ofn))
+            return;
+        // Columns the file lacks take what the item dialog offers a new item.
+        const CdlgAddItem fresh;
+        const CL::CsvItemDefaults defaults = {fresh.dataType, fresh.readable, fresh.writable, fresh.archive,
+                                              fresh.scanRate};
+        CL::CsvImportPlan plan;
+        {
+            CL::CWaitCursor wait;
+            plan = CL::ReadAddressSpaceCsv(CL::ReadWholeFile(m_csvPath), defaults);
+        }
+        CdlgCsvImport report(plan, m_csvPath + ofn.nFileOffset);
+        if (report.DoModal(Hwnd()) != IDOK)
+            return;
+        // Applied to a copy: the model changes only when the whole import went through.
+        CL::CWaitCursor wait;
+        auto model = CL::CopyAddressSpace(*m_document.Model());
+        const CL::CsvImportResult result = CL::ApplyCsvImport(plan, *model, report.updateExisting);
+        ReplaceModel(std::move(model));
+        m_bars.SetStatusText(CL::Format(L"CSV import: %zu item(s) added, %zu updated, %zu left as they were, "
+                                        L"%zu branch(es) created. Save sends the address space to the server.",
+                                        result.added, result.updated, result.leftAlone, result.branchesCreated));
     });
 }
 

@@ -104,6 +104,8 @@ private:
     void OnFileSave();
     void OnFileSaveCopy();
     void OnFileReload();
+    void OnFileExportCsv();
+    void OnFileImportCsv();
     void OnEditNewBranch();
     void OnEditNewItem();
     void OnEditDelete();
@@ -160,6 +162,7 @@ private:
     HWND m_lastFocus = nullptr;
     wchar_t m_openPath[261] = {};
     wchar_t m_copyPath[261] = {};
+    wchar_t m_csvPath[261] = {};
     HistoryHook m_history;
     AboutHook m_about;
     UrlOpener m_openUrl;

@@ -18,3 +18,4 @@
 #define ID_MN_SHUTDOWN           206   // "Exit"
 
 #include "resource_editor.h"
+#include "resource_csv.h"

@@ -130,7 +130,8 @@ TEST_F(EditorWindow, MenuHoldsEveryEntryWithItsAccelerator)
     EXPECT_EQ(test::MenuTexts(menu),
               (Names{L"&File", L"&Edit", L"&View", L"&Help"}));
     EXPECT_EQ(test::MenuTexts(menu[0].submenu), (Names{L"&New\tCtrl+N", L"&Open...\tCtrl+O", L"&Save\tCtrl+S",
-                                                     L"Save &a copy...", L"-", L"&Reload\tCtrl+R"}));
+                                                     L"Save &a copy...", L"-", L"&Export CSV...",
+                                                     L"&Import CSV...", L"-", L"&Reload\tCtrl+R"}));
     EXPECT_EQ(test::MenuTexts(menu[1].submenu), (Names{L"&New Branch...", L"New &Item...", L"&Delete\tDel", L"-",
                                                      L"HDA Database Data...", L"-", L"Properties..."}));
     EXPECT_EQ(test::MenuTexts(menu[2].submenu), (Names{L"&Toolbar", L"&Status Bar"}));

@@ -14,6 +14,8 @@
 //   mvwin headerclick <list> <column>        clicks a list view's column header
 //   mvwin size <hwnd> <width> <height>       resizes a window
 //   mvwin close <hwnd>                       posts WM_CLOSE
+//   mvwin settext <dialog> <id> <text>       sets the text of a dialog's control (a file dialog's
+//                                            file name: id 0x47C)
 // Handles are printed and read as hexadecimal numbers.
 #include <windows.h>
 
@@ -227,6 +229,9 @@ int wmain(int argc, wchar_t** argv)
                               SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE) ? 0 : 1;
     if (verb == L"close")
         return ::PostMessageW(window, WM_CLOSE, 0, 0) ? 0 : 1;
+    if (verb == L"settext" && argc > 4)
+        return ::SendMessageW(::GetDlgItem(window, static_cast<int>(Number(argv[3]))), WM_SETTEXT, 0,
+                              reinterpret_cast<LPARAM>(argv[4])) ? 0 : 1;
     std::fwprintf(stderr, L"mvwin: unknown verb or missing arguments\n");
     return 2;
 }
