@@ -68,10 +68,11 @@ void CdlgHistData::InitControls()
     m_list.SetRows(&m_rows);
     m_list.Reset();
 
+    using Anchors = CL::CDialogAnchors;
+    m_anchors.Add(IDC_HISTDATA_ITEM, Anchors::kStretchX | Anchors::kTop);
+    m_anchors.Add(IDC_HISTDATA_LIST, Anchors::kStretchX | Anchors::kStretchY);
+    m_anchors.Add(IDC_HISTDATA_STATUS, Anchors::kStretchX | Anchors::kBottom);
     m_anchors.Capture(Hwnd());
-    m_anchors.Anchor(IDC_HISTDATA_ITEM, CL::CDialogAnchors::kGrowX);
-    m_anchors.Anchor(IDC_HISTDATA_LIST, CL::CDialogAnchors::kGrowX | CL::CDialogAnchors::kGrowY);
-    m_anchors.Anchor(IDC_HISTDATA_STATUS, CL::CDialogAnchors::kMoveY | CL::CDialogAnchors::kGrowX);
 }
 
 void CdlgHistData::PresetBound(int checkId, int pickerId, int state, DATE date)
@@ -125,10 +126,10 @@ INT_PTR CdlgHistData::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
         return TRUE;
     }
     case WM_SIZE:
-        m_anchors.Arrange();
+        m_anchors.OnSize(LOWORD(lParam), HIWORD(lParam));
         return TRUE;
     case WM_GETMINMAXINFO:
-        m_anchors.LimitSize(reinterpret_cast<MINMAXINFO*>(lParam));
+        m_anchors.OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO*>(lParam));
         return TRUE;
     case WM_SYSCOLORCHANGE:
         OnSysColorChange();
@@ -261,8 +262,13 @@ void ShowHistoricalData(HWND owner, CL::CHistorian& historian, const std::wstrin
             CL::ShowHistorianNotAccessible();
             return;
         }
-        CdlgHistData dialog(historian);
-        dialog.m_itemId = itemId;
-        dialog.DoModal(owner);
+        RunHistoricalData(owner, historian, itemId);
     });
+}
+
+void RunHistoricalData(HWND owner, CL::CHistorian& historian, const std::wstring& itemId)
+{
+    CdlgHistData dialog(historian);
+    dialog.m_itemId = itemId;
+    dialog.DoModal(owner);
 }
