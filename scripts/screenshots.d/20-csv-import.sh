@@ -4,13 +4,20 @@
 # Sourced by scripts/screenshots.sh.
 set -e
 csv="$DEMO/bulk-items.csv"
-printf '\xEF\xBB\xBFPath,Data type,Value,Readable,Writable,Archive,Scan rate\r\n%s' \
-    'Plant.Line3.Flow,VT_R8,12.5,1,0,1,500'$'\r\n' \
-    'Plant.Line3.Valve,VT_BOOL,True,1,1,0,1000'$'\r\n' \
-    'Plant.Line3.Level,VT_R4,high,1,1,0,1000'$'\r\n' \
-    'Plant.Line3.Mode,VT_ENUM,2,1,1,0,1000'$'\r\n' \
-    'Plant..Pump,VT_I4,1,1,1,0,1000'$'\r\n' \
-    'Plant.Line3.Setpoints,VT_R8 | VT_ARRAY,"1.5'$'\r\n''2.5",1,1,0,250'$'\r\n' >"$csv"
+{
+    printf '\xEF\xBB\xBF'
+    sed 's/$/\r/' <<'CSV'
+Path,Data type,Value,Readable,Writable,Archive,Scan rate
+Plant.Line3.Flow,VT_R8,12.5,1,0,1,500
+Plant.Line3.Valve,VT_BOOL,True,1,1,0,1000
+Plant.Line3.Level,VT_R4,high,1,1,0,1000
+Plant.Line3.Mode,VT_ENUM,2,1,1,0,1000
+Plant..Pump,VT_I4,1,1,1,0,1000
+Plant.Line3.Setpoints,VT_R8 | VT_ARRAY,"1.5
+2.5",1,1,0,250
+Plant.Line1.Speed,VT_R8,20,1,1,1,1000
+CSV
+} >"$csv"
 
 tray_command 213                                   # "OPC Address Space..."
 frame=$(wait_window MorvaneAddressSpaceEditor " OPC Address Space")
