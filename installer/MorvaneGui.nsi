@@ -44,6 +44,7 @@ SetCompressor /SOLID lzma
 !include "FileFunc.nsh"
 !include "Sections.nsh"
 !include "WinMessages.nsh"
+!include "WordFunc.nsh"
 
 !define APP_NAME      "Varnel OPC Server Control Panel"
 !define EXE_NAME      "MorvaneGui.exe"
@@ -83,12 +84,17 @@ Var LogonDefault     ; 1 when the logon entry is proposed
 !define MUI_ICON "${ICON}"
 !define MUI_ABORTWARNING
 !define MUI_COMPONENTSPAGE_NODESC
+!define MUI_COMPONENTSPAGE_TEXT_TOP "The control panel lives in the notification area. It can start by itself at every user's logon:"
 
 !insertmacro MUI_PAGE_WELCOME
 !define MUI_PAGE_CUSTOMFUNCTION_SHOW DirectoryShow
 !define MUI_PAGE_CUSTOMFUNCTION_LEAVE DirectoryLeave
 !define MUI_DIRECTORYPAGE_TEXT_DESTINATION "Server's installation folder"
+!define MUI_PAGE_HEADER_TEXT "Server's Installation Folder"
+!define MUI_PAGE_HEADER_SUBTEXT "The control panel is installed beside the server, ${SERVER_EXE}."
 !insertmacro MUI_PAGE_DIRECTORY
+!define MUI_PAGE_HEADER_TEXT "Start at Logon"
+!define MUI_PAGE_HEADER_SUBTEXT "Choose whether the control panel starts when a user logs on."
 !insertmacro MUI_PAGE_COMPONENTS
 !insertmacro MUI_PAGE_INSTFILES
 !define MUI_FINISHPAGE_RUN "$INSTDIR\${EXE_NAME}"
@@ -154,13 +160,15 @@ Section "-Start again"
 SectionEnd
 
 Function .onInit
-  ${If} "${ARCH}" == "amd64"
+  ; The 64-bit program's entries live in the 64-bit registry view.
+  !if "${ARCH}" == "amd64"
     SetRegView 64
-  ${EndIf}
+  !endif
   Call RequireAdministrator
   Call ReadCommandLine
   Call FindServerFolder
   Call ProposeFolder
+  Call ConfirmDowngrade
   Call ChooseLogonDefault
 FunctionEnd
 
@@ -208,6 +216,19 @@ Function ProposeFolder
   ${If} $INSTDIR == ""
   ${AndIf} ${Silent}
     SetErrorLevel ${EXIT_NO_FOLDER}
+    Quit
+  ${EndIf}
+FunctionEnd
+
+; Installing over a newer version is allowed, but not by mistake.
+Function ConfirmDowngrade
+  ReadRegStr $0 HKLM "${UNINST_KEY}" "DisplayVersion"
+  ${If} $0 == ""
+    Return
+  ${EndIf}
+  ${VersionCompare} $0 "${VERSION}" $1
+  ${If} $1 == 1
+    MessageBox MB_YESNO|MB_ICONQUESTION "Version $0 of the control panel is installed, which is newer than this setup's version ${VERSION}.$\r$\n$\r$\nReplace it with version ${VERSION}?" /SD IDYES IDYES +2
     Quit
   ${EndIf}
 FunctionEnd
@@ -300,9 +321,10 @@ Section "Uninstall"
 SectionEnd
 
 Function un.onInit
-  ${If} "${ARCH}" == "amd64"
+  ; The 64-bit program's entries live in the 64-bit registry view.
+  !if "${ARCH}" == "amd64"
     SetRegView 64
-  ${EndIf}
+  !endif
   UserInfo::GetAccountType
   Pop $0
   ${If} $0 != "Admin"
