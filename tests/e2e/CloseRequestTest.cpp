@@ -20,9 +20,9 @@ protected:
     void SetUp() override
     {
         test::CopyFileOrFail(test::ProgramFolder() + L"MorvaneGui.exe", Exe());
+        const std::string service = "MorvaneClose" + std::to_string(::GetCurrentProcessId());
         test::WriteFileBytes(dir.File(L"Morvane.ini.xml"),
-                             test::SettingsFileXml({{"ServiceName", "MorvaneClose" + std::to_string(::GetCurrentProcessId())},
-                                                    {"TraceLevel", "3"}}));
+                             test::SettingsFileXml({{"ServiceName", service}, {"TraceLevel", "3"}}));
     }
     std::wstring Exe() const { return dir.File(L"MorvaneGui.exe"); }
     std::string LogText() const

@@ -1,0 +1,384 @@
+// The control panel's setup program (64-bit build) run silently under Wine,
+// with the server simulator registered as the server's service: fresh
+// install, upgrade over an older version while the control panel runs, and
+// uninstall. These tests share the machine-wide uninstall and logon entries,
+// so they run one at a time (RESOURCE_LOCK in tests/CMakeLists.txt).
+#include <gtest/gtest.h>
+
+#include "SettingsFileXml.h"
+#include "ServerSimulator.h"
+#include "SetupRun.h"
+#include "TestSupport.h"
+#include "common/Handle.h"
+#include "common/Text.h"
+#include "version.h"
+
+#define SETUP_TEST_WIDEN2(text) L##text
+#define SETUP_TEST_WIDEN(text) SETUP_TEST_WIDEN2(text)
+
+using namespace std::chrono_literals;
+using namespace setup_test;
+
+namespace {
+
+test::SimulatedServer::Options ServerOptions(bool registerService = true)
+{
+    test::SimulatedServer::Options options;
+    options.servicePrefix = L"MvSetup";
+    options.registerService = registerService;
+    return options;
+}
+
+std::wstring WithoutTrailingBackslash(std::wstring folder)
+{
+    if (!folder.empty() && folder.back() == L'\\')
+        folder.pop_back();
+    return folder;
+}
+
+// A service of the given name whose image path is the text given, as an
+// administrator or another setup may have registered it; deleted at the end.
+class RegisteredService {
+public:
+    RegisteredService(const std::wstring& name, const std::wstring& imagePath) : m_name(name)
+    {
+        CL::UniqueServiceHandle scm(::OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CREATE_SERVICE));
+        CL::UniqueServiceHandle service(
+            scm ? ::CreateServiceW(scm.get(), name.c_str(), name.c_str(), SERVICE_ALL_ACCESS,
+                                   SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, SERVICE_ERROR_NORMAL,
+                                   imagePath.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr)
+                : nullptr);
+        EXPECT_TRUE(service) << "CreateServiceW failed, error " << ::GetLastError();
+    }
+    ~RegisteredService() { test::DeleteService(m_name); }
+    RegisteredService(const RegisteredService&) = delete;
+    RegisteredService& operator=(const RegisteredService&) = delete;
+
+private:
+    std::wstring m_name;
+};
+
+class SetupTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        RemoveSetupTraces();
+        ASSERT_TRUE(test::FileExists(CurrentSetupPath())) << CL::Narrow(CurrentSetupPath());
+    }
+
+    void TearDown() override
+    {
+        const RunningPanel panel = FindRunningPanel(InstalledPanel());
+        if (panel.tray)
+            CloseRunningPanel(panel);
+        RemoveSetupTraces();
+    }
+
+    // The files an administrator's server folder holds besides the server:
+    // address space files, a settings backup, logs, the mapping folder.
+    void AddServerFiles()
+    {
+        test::WriteFileBytes(server.File(L"DefaultAddressSpace.xml"), "<Morvane_OPCDAAddressSpace/>\n");
+        test::WriteFileBytes(server.File(L"Plant.xml"),
+                             "<Morvane_OPCDAAddressSpace><Branch/></Morvane_OPCDAAddressSpace>");
+        test::WriteFileBytes(server.File(L"Morvane.ini.xml.2024_03_07-14_05_09"), "<Morvane_ini Title=\"Old\"/>");
+        test::WriteFileBytes(server.File(L"MorvaneGui.2024-03-07_000.log"),
+                             "10:00:00:0000 (00000001) [2] Starting\r\n");
+        test::WriteFileBytes(server.File(L"Morvane.2024-03-07_000.log"), "server log\r\n");
+        ::CreateDirectoryW(server.File(L"mapping").c_str(), nullptr);
+        test::WriteFileBytes(server.File(L"mapping\\Item1.txt"), "42");
+    }
+
+    // The settings file with the given trace level (2 logs start and stop).
+    void WriteSettings(int traceLevel)
+    {
+        test::WriteFileBytes(server.File(L"Morvane.ini.xml"),
+                             test::SettingsFileXml({{"ServiceName", CL::Narrow(server.ServiceName())},
+                                                    {"TraceLevel", std::to_string(traceLevel)}}));
+    }
+
+    std::wstring InstalledPanel() const { return server.File(L"MorvaneGui.exe"); }
+    std::wstring InstalledUninstaller() const { return server.File(kUninstallerName); }
+    std::wstring InstallLocation() const { return WithoutTrailingBackslash(server.Folder()); }
+
+    DWORD Install(const std::wstring& setup, const std::wstring& arguments = L"")
+    {
+        const std::wstring more = arguments.empty() ? L"" : L" " + arguments;
+        return RunSilently(setup, L"/S /SERVICE=" + server.ServiceName() + more);
+    }
+
+    // Runs the registered uninstaller as the list of installed programs does,
+    // silently. The uninstaller goes on in a copy of itself and removes its
+    // own file last: that is the end to wait for.
+    bool Uninstall()
+    {
+        const std::optional<std::wstring> command = MachineString(kUninstallKey, L"UninstallString");
+        if (!command) {
+            ADD_FAILURE() << "no UninstallString";
+            return false;
+        }
+        const std::wstring exe = command->substr(1, command->size() - 2);
+        if (RunSilently(exe, L"/S") != 0)
+            return false;
+        return test::WaitUntil([&] { return !test::FileExists(exe); }, 30s);
+    }
+
+    test::SimulatedServer server{ServerOptions()};
+};
+
+// Every file of `before` is still there with the same bytes.
+void ExpectKept(const FolderContents& before, const FolderContents& after)
+{
+    for (const auto& [name, bytes] : before) {
+        const auto found = after.find(name);
+        if (found == after.end())
+            ADD_FAILURE() << CL::Narrow(name) << " is gone";
+        else
+            EXPECT_EQ(found->second, bytes) << CL::Narrow(name) << " changed";
+    }
+}
+
+} // namespace
+
+TEST_F(SetupTest, FreshInstallPutsTheControlPanelBesideTheServerOfTheRegisteredService)
+{
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    EXPECT_EQ(test::ReadFileBytes(InstalledPanel()), test::ReadFileBytes(test::ControlPanelPath()));
+    EXPECT_TRUE(test::FileExists(InstalledUninstaller()));
+}
+
+TEST_F(SetupTest, FreshInstallAddsOnlyTheProgramAndItsUninstallerToTheServerFolder)
+{
+    AddServerFiles();
+    const FolderContents before = ReadFolder(server.Folder());
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    FolderContents after = ReadFolder(server.Folder());
+    ExpectKept(before, after);
+    after.erase(L"MorvaneGui.exe");
+    after.erase(kUninstallerName);
+    EXPECT_EQ(after.size(), before.size()) << "no other file was added";
+}
+
+TEST_F(SetupTest, FreshInstallRegistersTheUninstallerInTheListOfInstalledPrograms)
+{
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    EXPECT_EQ(MachineString(kUninstallKey, L"DisplayName"), L"Varnel OPC Server Control Panel");
+    EXPECT_EQ(MachineString(kUninstallKey, L"DisplayVersion"), MORVANE_VERSION_WTEXT);
+    EXPECT_EQ(MachineString(kUninstallKey, L"Publisher"), L"Varnel");
+    EXPECT_EQ(MachineString(kUninstallKey, L"UninstallString"), L"\"" + InstalledUninstaller() + L"\"");
+    EXPECT_EQ(MachineString(kUninstallKey, L"InstallLocation"), InstallLocation());
+    EXPECT_EQ(MachineString(kUninstallKey, L"DisplayIcon"), L"\"" + InstalledPanel() + L"\",0");
+    EXPECT_EQ(MachineDword(kUninstallKey, L"NoModify"), 1u);
+    EXPECT_EQ(MachineDword(kUninstallKey, L"NoRepair"), 1u);
+    // In KB: the program and the uninstaller together.
+    const DWORD programKb = static_cast<DWORD>(test::ReadFileBytes(InstalledPanel()).size() / 1024);
+    const std::optional<DWORD> size = MachineDword(kUninstallKey, L"EstimatedSize");
+    ASSERT_TRUE(size.has_value());
+    EXPECT_GT(*size, programKb);
+    EXPECT_LT(*size, programKb + 1024);
+}
+
+TEST_F(SetupTest, FreshInstallAddsAStartMenuShortcutForEveryUser)
+{
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    ASSERT_TRUE(test::FileExists(ShortcutPath())) << CL::Narrow(ShortcutPath());
+    EXPECT_EQ(ShortcutTarget(ShortcutPath()), InstalledPanel());
+}
+
+TEST_F(SetupTest, FreshInstallStartsTheControlPanelAtLogonForEveryUserByDefault)
+{
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    EXPECT_EQ(MachineString(kRunKey, kRunValue), L"\"" + InstalledPanel() + L"\"");
+}
+
+TEST_F(SetupTest, LogonOptionZeroLeavesTheLogonEntryOut)
+{
+    ASSERT_EQ(Install(CurrentSetupPath(), L"/LOGON=0"), 0u);
+    EXPECT_TRUE(test::FileExists(InstalledPanel()));
+    EXPECT_FALSE(MachineString(kRunKey, kRunValue).has_value());
+}
+
+TEST_F(SetupTest, FreshInstallStartsNoControlPanel)
+{
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    EXPECT_EQ(FindRunningPanel(InstalledPanel()).tray, nullptr);
+}
+
+TEST_F(SetupTest, FolderGivenOnTheCommandLineWinsOverTheServiceFolder)
+{
+    test::TempDir other;
+    const std::wstring folder = WithoutTrailingBackslash(other.Path());
+    ASSERT_EQ(Install(CurrentSetupPath(), L"/D=" + folder), 0u);
+    EXPECT_TRUE(test::FileExists(other.File(L"MorvaneGui.exe")));
+    EXPECT_FALSE(test::FileExists(InstalledPanel()));
+    EXPECT_EQ(MachineString(kUninstallKey, L"InstallLocation"), folder);
+    ASSERT_TRUE(Uninstall());
+    EXPECT_FALSE(test::FileExists(other.File(L"MorvaneGui.exe")));
+}
+
+TEST(SetupWithoutServer, SilentSetupWithoutTheServiceOrAFolderInstallsNothingAndFails)
+{
+    RemoveSetupTraces();
+    const std::wstring service = test::UniqueServiceName(L"MvSetupMissing");
+    EXPECT_EQ(RunSilently(CurrentSetupPath(), L"/S /SERVICE=" + service), kExitNoFolder);
+    EXPECT_FALSE(MachineKeyExists(kUninstallKey));
+    EXPECT_FALSE(test::FileExists(ShortcutPath()));
+}
+
+TEST(SetupWithoutServer, ServiceImagePathQuotedWithArgumentsGivesTheServerFolder)
+{
+    RemoveSetupTraces();
+    test::TempDir dir;
+    const std::wstring folder = dir.File(L"Varnel OPC Server");
+    ASSERT_TRUE(::CreateDirectoryW(folder.c_str(), nullptr));
+    test::CopyFileOrFail(test::ServerSimulatorPath(), folder + L"\\Morvane.exe");
+    const std::wstring service = test::UniqueServiceName(L"MvSetupQuoted");
+    {
+        RegisteredService registered(service, L"\"" + folder + L"\\Morvane.exe\" -service");
+        EXPECT_EQ(RunSilently(CurrentSetupPath(), L"/S /SERVICE=" + service), 0u);
+    }
+    EXPECT_TRUE(test::FileExists(folder + L"\\MorvaneGui.exe"));
+    EXPECT_EQ(MachineString(kUninstallKey, L"InstallLocation"), folder);
+    RemoveSetupTraces();
+}
+
+TEST(SetupWithoutServer, ServiceImagePathUnquotedWithSpacesGivesTheServerFolder)
+{
+    RemoveSetupTraces();
+    test::TempDir dir;
+    const std::wstring folder = dir.File(L"Varnel OPC Server");
+    ASSERT_TRUE(::CreateDirectoryW(folder.c_str(), nullptr));
+    test::CopyFileOrFail(test::ServerSimulatorPath(), folder + L"\\Morvane.exe");
+    const std::wstring service = test::UniqueServiceName(L"MvSetupUnquoted");
+    {
+        RegisteredService registered(service, folder + L"\\Morvane.EXE -service");
+        EXPECT_EQ(RunSilently(CurrentSetupPath(), L"/S /SERVICE=" + service), 0u);
+    }
+    EXPECT_TRUE(test::FileExists(folder + L"\\MorvaneGui.exe"));
+    EXPECT_EQ(MachineString(kUninstallKey, L"InstallLocation"), folder);
+    RemoveSetupTraces();
+}
+
+TEST_F(SetupTest, UpgradeWhileTheControlPanelRunsClosesItReplacesItAndStartsItAgain)
+{
+    WriteSettings(2);
+    ASSERT_EQ(Install(OlderSetupPath()), 0u);
+    ASSERT_EQ(test::ReadFileBytes(InstalledPanel()), test::ReadFileBytes(OlderPanelPath()));
+    EXPECT_EQ(MachineString(kUninstallKey, L"DisplayVersion"), SETUP_TEST_WIDEN(MORVANE_TEST_OLDER_VERSION));
+
+    test::Process older(InstalledPanel(), L"", server.Folder());
+    ASSERT_NE(WaitForRunningPanel(InstalledPanel(), 20s).tray, nullptr);
+
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    EXPECT_EQ(older.Wait(20s), 0u) << "the running control panel ended by itself, cleanly";
+    EXPECT_EQ(test::ReadFileBytes(InstalledPanel()), test::ReadFileBytes(test::ControlPanelPath()))
+        << "the program was replaced";
+    EXPECT_EQ(MachineString(kUninstallKey, L"DisplayVersion"), MORVANE_VERSION_WTEXT);
+
+    const RunningPanel again = WaitForRunningPanel(InstalledPanel(), 20s);
+    ASSERT_NE(again.tray, nullptr) << "the control panel runs again";
+    EXPECT_NE(again.processId, older.Id());
+    EXPECT_EQ(CloseRunningPanel(again), 0u);
+
+    // Both runs ended through their shut-down: two starts, two stops.
+    std::string log;
+    for (const auto& [name, bytes] : ReadFolder(server.Folder()))
+        if (name.rfind(L"MorvaneGui.", 0) == 0 && name.size() > 4 && name.substr(name.size() - 4) == L".log")
+            log += bytes;
+    size_t stops = 0;
+    for (size_t at = 0; (at = log.find("Stopped [MorvaneGui, 147]", at)) != std::string::npos; ++at)
+        ++stops;
+    EXPECT_EQ(stops, 2u) << log;
+}
+
+TEST_F(SetupTest, UpgradeWhileTheControlPanelRunsKeepsTheSettingsAddressSpacesLogsAndBackups)
+{
+    AddServerFiles();
+    ASSERT_EQ(Install(OlderSetupPath()), 0u);
+    test::Process older(InstalledPanel(), L"", server.Folder());
+    ASSERT_NE(WaitForRunningPanel(InstalledPanel(), 20s).tray, nullptr);
+    FolderContents before = ReadFolder(server.Folder());
+    before.erase(L"MorvaneGui.exe");
+    before.erase(kUninstallerName);
+
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    EXPECT_EQ(older.Wait(20s), 0u);
+    ExpectKept(before, ReadFolder(server.Folder()));
+}
+
+TEST_F(SetupTest, UpgradeOfAControlPanelThatWasNotRunningStartsNone)
+{
+    ASSERT_EQ(Install(OlderSetupPath()), 0u);
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    EXPECT_EQ(test::ReadFileBytes(InstalledPanel()), test::ReadFileBytes(test::ControlPanelPath()));
+    EXPECT_EQ(FindRunningPanel(InstalledPanel()).tray, nullptr);
+}
+
+TEST_F(SetupTest, UpgradeKeepsTheLogonChoiceOfTheInstalledVersion)
+{
+    ASSERT_EQ(Install(OlderSetupPath(), L"/LOGON=0"), 0u);
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    EXPECT_FALSE(MachineString(kRunKey, kRunValue).has_value());
+}
+
+TEST_F(SetupTest, UpgradeWithLogonZeroRemovesTheLogonEntryOfTheInstalledVersion)
+{
+    ASSERT_EQ(Install(OlderSetupPath()), 0u);
+    ASSERT_TRUE(MachineString(kRunKey, kRunValue).has_value());
+    ASSERT_EQ(Install(CurrentSetupPath(), L"/LOGON=0"), 0u);
+    EXPECT_FALSE(MachineString(kRunKey, kRunValue).has_value());
+}
+
+TEST_F(SetupTest, SetupLeavesAControlPanelOfAnotherFolderRunning)
+{
+    test::SimulatedServer otherServer(ServerOptions(false));
+    const std::wstring otherPanel = otherServer.InstallControlPanel();
+    test::Process other(otherPanel, L"", otherServer.Folder());
+    ASSERT_NE(WaitForRunningPanel(otherPanel, 20s).tray, nullptr);
+
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    EXPECT_TRUE(other.Running());
+    EXPECT_EQ(FindRunningPanel(InstalledPanel()).tray, nullptr) << "nothing was closed, so nothing is started";
+    EXPECT_EQ(CloseRunningPanel(FindRunningPanel(otherPanel)), 0u);
+}
+
+TEST_F(SetupTest, UninstallRemovesExactlyWhatSetupAdded)
+{
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    ASSERT_TRUE(Uninstall());
+    EXPECT_FALSE(test::FileExists(InstalledPanel()));
+    EXPECT_FALSE(test::FileExists(InstalledUninstaller()));
+    EXPECT_FALSE(test::FileExists(ShortcutPath()));
+    EXPECT_FALSE(MachineString(kRunKey, kRunValue).has_value());
+    EXPECT_FALSE(MachineKeyExists(kUninstallKey));
+}
+
+TEST_F(SetupTest, UninstallLeavesTheServerFilesAndTheSettingsUntouched)
+{
+    AddServerFiles();
+    const FolderContents before = ReadFolder(server.Folder());
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    ASSERT_TRUE(Uninstall());
+    EXPECT_EQ(ReadFolder(server.Folder()), before);
+    EXPECT_EQ(test::ServiceState(server.ServiceName()), static_cast<DWORD>(SERVICE_STOPPED))
+        << "the server's service is still registered";
+}
+
+TEST_F(SetupTest, UninstallClosesTheRunningControlPanel)
+{
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    test::Process panel(InstalledPanel(), L"", server.Folder());
+    ASSERT_NE(WaitForRunningPanel(InstalledPanel(), 20s).tray, nullptr);
+    ASSERT_TRUE(Uninstall());
+    EXPECT_EQ(panel.Wait(20s), 0u);
+    EXPECT_FALSE(test::FileExists(InstalledPanel()));
+    EXPECT_EQ(FindRunningPanel(InstalledPanel()).tray, nullptr) << "nothing is started again";
+}
+
+TEST_F(SetupTest, SilentSetupOfAnOlderVersionReplacesTheNewerOneInstalled)
+{
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    ASSERT_EQ(Install(OlderSetupPath()), 0u);
+    EXPECT_EQ(test::ReadFileBytes(InstalledPanel()), test::ReadFileBytes(OlderPanelPath()));
+    EXPECT_EQ(MachineString(kUninstallKey, L"DisplayVersion"), SETUP_TEST_WIDEN(MORVANE_TEST_OLDER_VERSION));
+}
