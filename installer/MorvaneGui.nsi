@@ -13,7 +13,9 @@
 ;
 ; A running control panel of the folder is closed first (WM_CLOSE to its tray
 ; window, which ends it without its Exit question) and started again when
-; Setup is done.
+; Setup is done. When the control panel is installed in another folder (the
+; server moved), the uninstaller there removes it first: one installation,
+; one entry in the list of installed programs.
 ;
 ; Built by installer/make-setup.sh; the defines come from the build:
 ;   ARCH       x86 or amd64
@@ -80,6 +82,7 @@ Var ServiceName      ; the server's service
 Var ServerFolder     ; the folder of its executable; empty when none is registered
 Var PanelWasRunning  ; 1 when Setup closed a running control panel
 Var LogonDefault     ; 1 when the logon entry is proposed
+Var EarlierFolder    ; the folder of an installed control panel that moves
 
 !define MUI_ICON "${ICON}"
 !define MUI_ABORTWARNING
@@ -114,8 +117,21 @@ Var LogonDefault     ; 1 when the logon entry is proposed
 
 Section "-Control panel" SecPanel
   SectionIn RO
-  ; A running control panel holds its file: it is closed first.
-  Call ClosePanel
+  ; A running control panel holds its file: it is closed first, here and in
+  ; the folder of an earlier installation that moves here.
+  Call FindEarlierFolder
+  Call ClosePanelWindows
+  ${If} $EarlierFolder != ""
+    StrCpy $R9 $INSTDIR
+    StrCpy $INSTDIR $EarlierFolder
+    Call ClosePanelWindows
+    StrCpy $INSTDIR $R9
+  ${EndIf}
+  Call ConfirmNoPanelRunning
+  ${If} $EarlierFolder != ""
+    Call RemoveEarlierInstallation
+  ${EndIf}
+
   SetOutPath "$INSTDIR"
   ${If} ${FileExists} "$INSTDIR\${EXE_NAME}"
     DetailPrint "Replacing the control panel in $INSTDIR"
@@ -160,6 +176,7 @@ Section "-Start again"
 SectionEnd
 
 Function .onInit
+  StrCpy $PanelWasRunning 0
   ; The 64-bit program's entries live in the 64-bit registry view.
   !if "${ARCH}" == "amd64"
     SetRegView 64
@@ -270,6 +287,33 @@ Function DirectoryLeave
     MessageBox MB_YESNO|MB_ICONEXCLAMATION "There is no ${SERVER_EXE} in $INSTDIR.$\r$\n$\r$\nWithout the server beside it, the control panel offers only the database explorer. Install it in this folder anyway?" /SD IDYES IDYES +2
     Abort
   ${EndIf}
+  Call FindEarlierFolder
+  ${If} $EarlierFolder != ""
+    MessageBox MB_OKCANCEL|MB_ICONINFORMATION "The control panel is installed in $EarlierFolder.$\r$\n$\r$\nSetup removes it from there and installs it in $INSTDIR." IDOK +2
+    Abort
+  ${EndIf}
+FunctionEnd
+
+; An installed control panel in another folder than the one chosen: its
+; uninstaller is still there ("" otherwise).
+Function FindEarlierFolder
+  ReadRegStr $EarlierFolder HKLM "${UNINST_KEY}" "InstallLocation"
+  ${If} $EarlierFolder == $INSTDIR
+  ${OrIfNot} ${FileExists} "$EarlierFolder\${UNINST_NAME}"
+    StrCpy $EarlierFolder ""
+  ${EndIf}
+FunctionEnd
+
+; The control panel moves: the earlier installation's own uninstaller removes
+; what its setup added there (its running control panel is already closed).
+; It runs in place (_?=), so its own file is removed here.
+Function RemoveEarlierInstallation
+  DetailPrint "Removing the control panel from $EarlierFolder"
+  ExecWait '"$EarlierFolder\${UNINST_NAME}" /S _?=$EarlierFolder' $0
+  ${If} $0 != 0
+    DetailPrint "The uninstaller in $EarlierFolder ended with code $0"
+  ${EndIf}
+  Delete "$EarlierFolder\${UNINST_NAME}"
 FunctionEnd
 
 Function .onVerifyInstDir
@@ -301,7 +345,8 @@ Section "Uninstall"
   ${If} $ServiceName == ""
     StrCpy $ServiceName "${DEFAULT_SERVICE}"
   ${EndIf}
-  Call un.ClosePanel
+  Call un.ClosePanelWindows
+  Call un.ConfirmNoPanelRunning
   Delete "$INSTDIR\${EXE_NAME}"
 
   SetShellVarContext all
@@ -321,6 +366,7 @@ Section "Uninstall"
 SectionEnd
 
 Function un.onInit
+  StrCpy $PanelWasRunning 0
   ; The 64-bit program's entries live in the 64-bit registry view.
   !if "${ARCH}" == "amd64"
     SetRegView 64

@@ -3,23 +3,22 @@
 ; The control panel's hidden tray window (class MorvaneGuiTrayWindow) ends the
 ; program on WM_CLOSE the same way as its Exit command, without the Exit
 ; question: the tray icon goes, the windows it opened close, the last log line
-; is written. Only a window whose process runs $INSTDIR\MorvaneGui.exe is
-; closed; copies in other folders are left alone.
+; is written. ClosePanelWindows closes only a window whose process runs
+; $INSTDIR\MorvaneGui.exe; copies in other folders are left alone. It sets
+; $PanelWasRunning to 1 when it closed one (the caller clears it first).
 ;
 ; The control panel also holds the mutex "<service name>Mutex" while it runs.
-; When that mutex is still there after the windows of this desktop are closed,
-; a control panel runs where Setup cannot reach it (another user's session):
-; the administrator is asked to end it; a silent run fails.
-;
-; Uses $INSTDIR and $ServiceName; sets $PanelWasRunning to 1 when it closed one.
+; When that mutex is still there after the windows are closed
+; (ConfirmNoPanelRunning, with $ServiceName), a control panel runs where Setup
+; cannot reach it (another user's session): the administrator is asked to end
+; it; a silent run fails.
 
 !define SYNCHRONIZE 0x00100000
 !define PROCESS_QUERY_LIMITED_INFORMATION 0x1000
 !define PANEL_EXIT_WAIT_MS 20000
 
 !macro DEFINE_CLOSE_PANEL UN
-Function ${UN}ClosePanel
-  StrCpy $PanelWasRunning 0
+Function ${UN}ClosePanelWindows
   StrCpy $0 0
 next_window:
   FindWindow $0 "${TRAY_CLASS}" "" 0 $0
@@ -63,8 +62,10 @@ wait_for_exit:
   StrCpy $PanelWasRunning 1
   StrCpy $0 0
   Goto next_window
-
 windows_done:
+FunctionEnd
+
+Function ${UN}ConfirmNoPanelRunning
   StrCpy $5 "$ServiceName"
 check_mutex:
   System::Call 'kernel32::OpenMutexW(i ${SYNCHRONIZE}, i 0, w "$5Mutex") p .r6'

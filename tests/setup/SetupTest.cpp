@@ -382,3 +382,36 @@ TEST_F(SetupTest, SilentSetupOfAnOlderVersionReplacesTheNewerOneInstalled)
     EXPECT_EQ(test::ReadFileBytes(InstalledPanel()), test::ReadFileBytes(OlderPanelPath()));
     EXPECT_EQ(MachineString(kUninstallKey, L"DisplayVersion"), SETUP_TEST_WIDEN(MORVANE_TEST_OLDER_VERSION));
 }
+
+TEST_F(SetupTest, InstallIntoAnotherFolderRemovesTheControlPanelFromTheEarlierFolder)
+{
+    test::TempDir earlier;
+    test::WriteFileBytes(earlier.File(L"Morvane.ini.xml"), "<Morvane_ini/>");
+    ASSERT_EQ(Install(OlderSetupPath(), L"/D=" + WithoutTrailingBackslash(earlier.Path())), 0u);
+    ASSERT_TRUE(test::FileExists(earlier.File(L"MorvaneGui.exe")));
+
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    EXPECT_FALSE(test::FileExists(earlier.File(L"MorvaneGui.exe")));
+    EXPECT_FALSE(test::FileExists(earlier.File(kUninstallerName)));
+    EXPECT_EQ(test::ReadFileBytes(earlier.File(L"Morvane.ini.xml")), "<Morvane_ini/>") << "the rest stays";
+    EXPECT_TRUE(test::FileExists(InstalledPanel()));
+    EXPECT_EQ(MachineString(kUninstallKey, L"InstallLocation"), InstallLocation());
+    EXPECT_EQ(MachineString(kUninstallKey, L"DisplayVersion"), MORVANE_VERSION_WTEXT);
+    EXPECT_EQ(MachineString(kRunKey, kRunValue), L"\"" + InstalledPanel() + L"\"");
+    EXPECT_EQ(ShortcutTarget(ShortcutPath()), InstalledPanel());
+}
+
+TEST_F(SetupTest, InstallIntoAnotherFolderWhileTheControlPanelRunsStartsItAgainFromTheNewFolder)
+{
+    test::TempDir earlier;
+    ASSERT_EQ(Install(OlderSetupPath(), L"/D=" + WithoutTrailingBackslash(earlier.Path())), 0u);
+    test::Process older(earlier.File(L"MorvaneGui.exe"), L"", earlier.Path());
+    ASSERT_NE(WaitForRunningPanel(earlier.File(L"MorvaneGui.exe"), 20s).tray, nullptr);
+
+    ASSERT_EQ(Install(CurrentSetupPath()), 0u);
+    EXPECT_EQ(older.Wait(20s), 0u);
+    EXPECT_FALSE(test::FileExists(earlier.File(L"MorvaneGui.exe")));
+    const RunningPanel again = WaitForRunningPanel(InstalledPanel(), 20s);
+    ASSERT_NE(again.tray, nullptr);
+    EXPECT_EQ(CloseRunningPanel(again), 0u);
+}
