@@ -13,9 +13,6 @@
 #include "common/Text.h"
 #include "version.h"
 
-#define SETUP_TEST_WIDEN2(text) L##text
-#define SETUP_TEST_WIDEN(text) SETUP_TEST_WIDEN2(text)
-
 namespace setup_test {
 
 namespace {
@@ -67,6 +64,22 @@ void AddFolder(const std::wstring& root, const std::wstring& relative, FolderCon
     ::FindClose(find);
 }
 
+struct OwnedBoxSearch {
+    HWND owner;
+    HWND found;
+};
+
+BOOL CALLBACK FindOwnedBox(HWND hwnd, LPARAM param)
+{
+    auto* search = reinterpret_cast<OwnedBoxSearch*>(param);
+    wchar_t cls[64] = {};
+    ::GetClassNameW(hwnd, cls, 64);
+    if (std::wstring(cls) != L"#32770" || !::IsWindowVisible(hwnd) || ::GetWindow(hwnd, GW_OWNER) != search->owner)
+        return TRUE;
+    search->found = hwnd;
+    return FALSE;
+}
+
 struct PanelSearch {
     std::wstring exePath;
     RunningPanel found;
@@ -101,6 +114,21 @@ BOOL CALLBACK FindPanel(HWND hwnd, LPARAM param)
 
 } // namespace
 
+test::SimulatedServer::Options ServerOptions(bool registerService)
+{
+    test::SimulatedServer::Options options;
+    options.servicePrefix = L"MvSetup";
+    options.registerService = registerService;
+    return options;
+}
+
+std::wstring WithoutTrailingBackslash(std::wstring folder)
+{
+    if (!folder.empty() && folder.back() == L'\\')
+        folder.pop_back();
+    return folder;
+}
+
 std::wstring CurrentSetupPath()
 {
     return FullPath(test::ProgramFolder() + L"..\\dist\\MorvaneGui-" MORVANE_VERSION_WTEXT L"-x64-setup.exe");
@@ -108,7 +136,7 @@ std::wstring CurrentSetupPath()
 
 std::wstring OlderSetupPath()
 {
-    return OlderSetupFolder() + L"MorvaneGui-" SETUP_TEST_WIDEN(MORVANE_TEST_OLDER_VERSION) L"-x64-setup.exe";
+    return OlderSetupFolder() + L"MorvaneGui-" + kOlderVersion + L"-x64-setup.exe";
 }
 
 std::wstring OlderPanelPath()
@@ -224,6 +252,39 @@ DWORD CloseRunningPanel(const RunningPanel& panel)
     DWORD code = STILL_ACTIVE;
     ::GetExitCodeProcess(process.get(), &code);
     return code;
+}
+
+HWND WaitForSetupWindow(DWORD processId, std::chrono::milliseconds timeout)
+{
+    return test::WaitForProcessWindow(processId, L"#32770", timeout);
+}
+
+HWND WaitForPageControl(HWND setupWindow, int id, std::chrono::milliseconds timeout)
+{
+    HWND control = nullptr;
+    test::WaitUntil([&] {
+        const HWND page = ::FindWindowExW(setupWindow, nullptr, L"#32770", nullptr);
+        control = page ? ::GetDlgItem(page, id) : nullptr;
+        return control != nullptr && ::IsWindowVisible(control);
+    }, timeout);
+    return control;
+}
+
+std::wstring ControlText(HWND control)
+{
+    std::vector<wchar_t> text(4096, L'\0');
+    ::SendMessageW(control, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
+    return text.data();
+}
+
+HWND WaitForSetupMessageBox(HWND setupWindow, std::chrono::milliseconds timeout)
+{
+    OwnedBoxSearch search{setupWindow, nullptr};
+    test::WaitUntil([&] {
+        ::EnumWindows(&FindOwnedBox, reinterpret_cast<LPARAM>(&search));
+        return search.found != nullptr;
+    }, timeout);
+    return search.found;
 }
 
 } // namespace setup_test

@@ -9,7 +9,15 @@
 #include <optional>
 #include <string>
 
+#include "ServerSimulator.h"
+
+#define SETUP_TEST_WIDEN2(text) L##text
+#define SETUP_TEST_WIDEN(text) SETUP_TEST_WIDEN2(text)
+
 namespace setup_test {
+
+// The version of the older setup (tests/CMakeLists.txt).
+inline constexpr wchar_t kOlderVersion[] = SETUP_TEST_WIDEN(MORVANE_TEST_OLDER_VERSION);
 
 inline constexpr wchar_t kUninstallKey[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\MorvaneGui";
 inline constexpr wchar_t kRunKey[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Run";
@@ -25,6 +33,10 @@ std::wstring CurrentSetupPath();
 // MorvaneGui.exe differs from this build's by a few bytes at its end.
 std::wstring OlderSetupPath();
 std::wstring OlderPanelPath();
+
+// The simulated server of a setup test: services named "MvSetup...".
+test::SimulatedServer::Options ServerOptions(bool registerService = true);
+std::wstring WithoutTrailingBackslash(std::wstring folder);
 
 // Runs a setup or uninstaller with the arguments and waits for its end;
 // returns its exit code (STILL_ACTIVE when it did not end in time).
@@ -59,5 +71,20 @@ RunningPanel WaitForRunningPanel(const std::wstring& exePath, std::chrono::milli
 // Closes the panel through its tray window and waits for its end; returns
 // its exit code (STILL_ACTIVE when it did not end).
 DWORD CloseRunningPanel(const RunningPanel& panel);
+
+// The windows of a setup run with its pages (not silently). Its main window
+// holds the buttons (Next/Install = IDOK, Cancel = IDCANCEL) and the current
+// page, a child dialog; its message boxes are owned by the main window.
+inline constexpr int kDirectoryEditId = 1019;     // the folder on the directory page
+inline constexpr int kDirectoryTextId = 1006;     // the text above it
+inline constexpr int kComponentsTreeId = 1032;    // the options of the components page
+inline constexpr int kHeaderTitleId = 1037;       // the title in the main window's header
+HWND WaitForSetupWindow(DWORD processId, std::chrono::milliseconds timeout);
+// The control of the current page, once that page shows it.
+HWND WaitForPageControl(HWND setupWindow, int id, std::chrono::milliseconds timeout);
+// The text of a control of another process (WM_GETTEXT).
+std::wstring ControlText(HWND control);
+// A message box owned by the setup's main window.
+HWND WaitForSetupMessageBox(HWND setupWindow, std::chrono::milliseconds timeout);
 
 } // namespace setup_test

@@ -5,36 +5,18 @@
 // so they run one at a time (RESOURCE_LOCK in tests/CMakeLists.txt).
 #include <gtest/gtest.h>
 
-#include "SettingsFileXml.h"
 #include "ServerSimulator.h"
+#include "SetupFixture.h"
 #include "SetupRun.h"
 #include "TestSupport.h"
 #include "common/Handle.h"
 #include "common/Text.h"
 #include "version.h"
 
-#define SETUP_TEST_WIDEN2(text) L##text
-#define SETUP_TEST_WIDEN(text) SETUP_TEST_WIDEN2(text)
-
 using namespace std::chrono_literals;
 using namespace setup_test;
 
 namespace {
-
-test::SimulatedServer::Options ServerOptions(bool registerService = true)
-{
-    test::SimulatedServer::Options options;
-    options.servicePrefix = L"MvSetup";
-    options.registerService = registerService;
-    return options;
-}
-
-std::wstring WithoutTrailingBackslash(std::wstring folder)
-{
-    if (!folder.empty() && folder.back() == L'\\')
-        folder.pop_back();
-    return folder;
-}
 
 // A service of the given name whose image path is the text given, as an
 // administrator or another setup may have registered it; deleted at the end.
@@ -58,85 +40,7 @@ private:
     std::wstring m_name;
 };
 
-class SetupTest : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        RemoveSetupTraces();
-        ASSERT_TRUE(test::FileExists(CurrentSetupPath())) << CL::Narrow(CurrentSetupPath());
-    }
-
-    void TearDown() override
-    {
-        const RunningPanel panel = FindRunningPanel(InstalledPanel());
-        if (panel.tray)
-            CloseRunningPanel(panel);
-        RemoveSetupTraces();
-    }
-
-    // The files an administrator's server folder holds besides the server:
-    // address space files, a settings backup, logs, the mapping folder.
-    void AddServerFiles()
-    {
-        test::WriteFileBytes(server.File(L"DefaultAddressSpace.xml"), "<Morvane_OPCDAAddressSpace/>\n");
-        test::WriteFileBytes(server.File(L"Plant.xml"),
-                             "<Morvane_OPCDAAddressSpace><Branch/></Morvane_OPCDAAddressSpace>");
-        test::WriteFileBytes(server.File(L"Morvane.ini.xml.2024_03_07-14_05_09"), "<Morvane_ini Title=\"Old\"/>");
-        test::WriteFileBytes(server.File(L"MorvaneGui.2024-03-07_000.log"),
-                             "10:00:00:0000 (00000001) [2] Starting\r\n");
-        test::WriteFileBytes(server.File(L"Morvane.2024-03-07_000.log"), "server log\r\n");
-        ::CreateDirectoryW(server.File(L"mapping").c_str(), nullptr);
-        test::WriteFileBytes(server.File(L"mapping\\Item1.txt"), "42");
-    }
-
-    // The settings file with the given trace level (2 logs start and stop).
-    void WriteSettings(int traceLevel)
-    {
-        test::WriteFileBytes(server.File(L"Morvane.ini.xml"),
-                             test::SettingsFileXml({{"ServiceName", CL::Narrow(server.ServiceName())},
-                                                    {"TraceLevel", std::to_string(traceLevel)}}));
-    }
-
-    std::wstring InstalledPanel() const { return server.File(L"MorvaneGui.exe"); }
-    std::wstring InstalledUninstaller() const { return server.File(kUninstallerName); }
-    std::wstring InstallLocation() const { return WithoutTrailingBackslash(server.Folder()); }
-
-    DWORD Install(const std::wstring& setup, const std::wstring& arguments = L"")
-    {
-        const std::wstring more = arguments.empty() ? L"" : L" " + arguments;
-        return RunSilently(setup, L"/S /SERVICE=" + server.ServiceName() + more);
-    }
-
-    // Runs the registered uninstaller as the list of installed programs does,
-    // silently. The uninstaller goes on in a copy of itself and removes its
-    // own file last: that is the end to wait for.
-    bool Uninstall()
-    {
-        const std::optional<std::wstring> command = MachineString(kUninstallKey, L"UninstallString");
-        if (!command) {
-            ADD_FAILURE() << "no UninstallString";
-            return false;
-        }
-        const std::wstring exe = command->substr(1, command->size() - 2);
-        if (RunSilently(exe, L"/S") != 0)
-            return false;
-        return test::WaitUntil([&] { return !test::FileExists(exe); }, 30s);
-    }
-
-    test::SimulatedServer server{ServerOptions()};
-};
-
-// Every file of `before` is still there with the same bytes.
-void ExpectKept(const FolderContents& before, const FolderContents& after)
-{
-    for (const auto& [name, bytes] : before) {
-        const auto found = after.find(name);
-        if (found == after.end())
-            ADD_FAILURE() << CL::Narrow(name) << " is gone";
-        else
-            EXPECT_EQ(found->second, bytes) << CL::Narrow(name) << " changed";
-    }
-}
+class SetupTest : public SetupFixture {};
 
 } // namespace
 
@@ -264,7 +168,7 @@ TEST_F(SetupTest, UpgradeWhileTheControlPanelRunsClosesItReplacesItAndStartsItAg
     WriteSettings(2);
     ASSERT_EQ(Install(OlderSetupPath()), 0u);
     ASSERT_EQ(test::ReadFileBytes(InstalledPanel()), test::ReadFileBytes(OlderPanelPath()));
-    EXPECT_EQ(MachineString(kUninstallKey, L"DisplayVersion"), SETUP_TEST_WIDEN(MORVANE_TEST_OLDER_VERSION));
+    EXPECT_EQ(MachineString(kUninstallKey, L"DisplayVersion"), kOlderVersion);
 
     test::Process older(InstalledPanel(), L"", server.Folder());
     ASSERT_NE(WaitForRunningPanel(InstalledPanel(), 20s).tray, nullptr);
@@ -380,7 +284,7 @@ TEST_F(SetupTest, SilentSetupOfAnOlderVersionReplacesTheNewerOneInstalled)
     ASSERT_EQ(Install(CurrentSetupPath()), 0u);
     ASSERT_EQ(Install(OlderSetupPath()), 0u);
     EXPECT_EQ(test::ReadFileBytes(InstalledPanel()), test::ReadFileBytes(OlderPanelPath()));
-    EXPECT_EQ(MachineString(kUninstallKey, L"DisplayVersion"), SETUP_TEST_WIDEN(MORVANE_TEST_OLDER_VERSION));
+    EXPECT_EQ(MachineString(kUninstallKey, L"DisplayVersion"), kOlderVersion);
 }
 
 TEST_F(SetupTest, InstallIntoAnotherFolderRemovesTheControlPanelFromTheEarlierFolder)
