@@ -80,6 +80,27 @@ BOOL CALLBACK FindOwnedBox(HWND hwnd, LPARAM param)
     return FALSE;
 }
 
+struct SetupWindowSearch {
+    DWORD processId;
+    HWND found;
+};
+
+// The setup's main window: a dialog of the process, shown, with a page in it
+// and its Next button ready. The process may own other, hidden dialogs.
+BOOL CALLBACK FindSetupWindow(HWND hwnd, LPARAM param)
+{
+    auto* search = reinterpret_cast<SetupWindowSearch*>(param);
+    wchar_t cls[64] = {};
+    ::GetClassNameW(hwnd, cls, 64);
+    DWORD pid = 0;
+    ::GetWindowThreadProcessId(hwnd, &pid);
+    if (pid != search->processId || std::wstring(cls) != L"#32770" || !::IsWindowVisible(hwnd) ||
+        !::FindWindowExW(hwnd, nullptr, L"#32770", nullptr) || !::IsWindowEnabled(::GetDlgItem(hwnd, IDOK)))
+        return TRUE;
+    search->found = hwnd;
+    return FALSE;
+}
+
 struct PanelSearch {
     std::wstring exePath;
     RunningPanel found;
@@ -256,7 +277,12 @@ DWORD CloseRunningPanel(const RunningPanel& panel)
 
 HWND WaitForSetupWindow(DWORD processId, std::chrono::milliseconds timeout)
 {
-    return test::WaitForProcessWindow(processId, L"#32770", timeout);
+    SetupWindowSearch search{processId, nullptr};
+    test::WaitUntil([&] {
+        ::EnumWindows(&FindSetupWindow, reinterpret_cast<LPARAM>(&search));
+        return search.found != nullptr;
+    }, timeout);
+    return search.found;
 }
 
 HWND WaitForPageControl(HWND setupWindow, int id, std::chrono::milliseconds timeout)

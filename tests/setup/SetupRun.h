@@ -79,6 +79,7 @@ inline constexpr int kDirectoryEditId = 1019;     // the folder on the directory
 inline constexpr int kDirectoryTextId = 1006;     // the text above it
 inline constexpr int kComponentsTreeId = 1032;    // the options of the components page
 inline constexpr int kHeaderTitleId = 1037;       // the title in the main window's header
+// The main window once its first page is up and Next can be pressed.
 HWND WaitForSetupWindow(DWORD processId, std::chrono::milliseconds timeout);
 // The control of the current page, once that page shows it.
 HWND WaitForPageControl(HWND setupWindow, int id, std::chrono::milliseconds timeout);
