@@ -3,6 +3,10 @@ BUILD      ?= build
 BUILD64    := $(BUILD)/x86_64
 BUILD32    := $(BUILD)/i686
 JOBS       ?= $(shell nproc)
+# The zone of the second, local-time pass of 'make test' (ZONE_PASS=0 skips it;
+# it runs only when the whole suite runs, i.e. without CTEST_ARGS).
+TEST_ZONE  ?= Europe/Berlin
+ZONE_PASS  ?= 1
 
 .PHONY: all deps build build-i686 dist test run bench screenshots clean
 
@@ -33,9 +37,12 @@ dist: build build-i686
 	  cp $(BUILD32)/dist/MorvaneGui-$$v-setup.exe $(BUILD64)/dist/MorvaneGui-$$v-x64-setup.exe $(BUILD)/dist/ && \
 	  ls -l $(BUILD)/dist/MorvaneGui-$$v-setup.exe $(BUILD)/dist/MorvaneGui-$$v-x64-setup.exe
 
-# Every test under Wine, in one private prefix, display and wineserver.
+# Every test under Wine, in one private prefix, display and wineserver; then
+# the local-time tests once more in a session started in another time zone.
 test: build
 	scripts/with-wine.sh $(BUILD64) ctest --test-dir $(BUILD64) --output-on-failure -j 2 $(CTEST_ARGS)
+	@if [ "$(ZONE_PASS)" = 1 ] && [ -z "$(CTEST_ARGS)" ]; then \
+	    MORVANE_TZ=$(TEST_ZONE) scripts/with-wine.sh $(BUILD64) scripts/test-other-zone.sh $(BUILD64); fi
 
 # The control panel in a demo installation folder.
 run: build

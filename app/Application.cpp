@@ -7,6 +7,7 @@
 
 #include "common/DiagnosticLog.h"
 #include "app/AddressSpaceEditor.h"
+#include "app/DatabaseExplorer.h"
 #include "app/DummyWnd.h"
 #include "app/HistorianSettings.h"
 #include "common/ErrorReport.h"
@@ -17,6 +18,7 @@
 #include "common/Handle.h"
 #include "common/historian/Historian.h"
 #include "config/Settings.h"
+#include "historian/dlgHistData.h"
 
 namespace CL {
 
@@ -70,7 +72,13 @@ int RunBody(UniqueKernelHandle& mutex)
 
     const MenuFlags flags = DecideMenuFlags();
     auto dummy = std::make_unique<CDummyWnd>(flags);
-    dummy->SetAddressSpaceEditor(std::make_unique<CAddressSpaceEditor>(*historian));
+    auto editor = std::make_unique<CAddressSpaceEditor>(*historian);
+    // The editor's "Historical data..." opens the historian's window.
+    editor->SetHistoricalDataOpener([&historian](HWND owner, const std::wstring& itemId) {
+        RunHistoricalData(owner, *historian, itemId);
+    });
+    dummy->SetAddressSpaceEditor(std::move(editor));
+    dummy->SetDatabaseExplorer(std::make_unique<CDatabaseExplorer>(*historian));
     dummy->SetSettingsAppliedHandler([&historian] { ConfigureHistorian(*historian, g_Settings); });
     if (!dummy->CreateEx())
         ThrowLastError(L"wndDummy.CreateEx ()");

@@ -1,20 +1,8 @@
 #include "app/HistoricalDataHook.h"
 
-#include "common/DiagnosticLog.h"
-#include "common/historian/DbConnection.h"
 #include "common/historian/Historian.h"
 
 namespace CL {
-
-bool IsHistorianAccessible(const CHistorian& historian)
-{
-    try {
-        return OpenDbConnection(historian.ConnectionString()) != nullptr;
-    } catch (...) {
-        Log(1, "The historian database cannot be opened" + MV_POS());
-        return false;
-    }
-}
 
 HistoricalDataOpener MakeHistoricalDataHook(CHistorian& historian, HistoricalDataOpener opener)
 {

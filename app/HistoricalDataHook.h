@@ -6,6 +6,9 @@
 
 #include <windows.h>
 
+// IsHistorianAccessible: whether a connection to the database can be opened now.
+#include "historian/HistorianAccess.h"
+
 namespace CL {
 
 class CHistorian;
@@ -14,9 +17,6 @@ inline constexpr wchar_t kHdaNotAccessibleText[] = L"The HDA database is not acc
 inline constexpr wchar_t kHdaExplorerTitle[] = L"OPC HDA Database Explorer";
 inline constexpr wchar_t kHistoryWindowMissingText[] =
     L"The historical data window is not available yet in this version of the control panel.";
-
-// Whether a connection to the historian's database can be opened now.
-bool IsHistorianAccessible(const CHistorian& historian);
 
 // Opens the historical data of an item (owner window, archived item ID).
 using HistoricalDataOpener = std::function<void(HWND, const std::wstring&)>;

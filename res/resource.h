@@ -19,3 +19,4 @@
 
 #include "resource_editor.h"
 #include "resource_csv.h"
+#include "resource_histwin.h"

@@ -1,0 +1,70 @@
+#include "historian/DBExplorerRows.h"
+
+#include "common/LocalTime.h"
+#include "common/Text.h"
+#include "common/Util_Variant.h"
+
+namespace CL {
+
+unsigned long long CDBExplorerRows::ParseCount(const std::wstring& text)
+{
+    unsigned long long value = 0;
+    for (wchar_t c : text) {
+        if (c < L'0' || c > L'9')
+            break;
+        value = value * 10 + static_cast<unsigned>(c - L'0');
+    }
+    return value;
+}
+
+void CDBExplorerRows::Assign(const std::vector<CHistorianSummaryEntry>& summary)
+{
+    m_rows.clear();
+    m_rows.reserve(summary.size());
+    for (const CHistorianSummaryEntry& entry : summary) {
+        Row row;
+        row.itemId = entry.itemId;
+        row.earliest = DateToString(UtcToLocalDate(entry.timeFrom));
+        row.latest = DateToString(UtcToLocalDate(entry.timeTo));
+        row.count = Format(L"%ld", entry.valueCount);
+        // The keys are what the texts say, so that the order follows what
+        // the list shows.
+        row.earliestKey = ParseTimeText(row.earliest);
+        row.latestKey = ParseTimeText(row.latest);
+        row.countKey = ParseCount(row.count);
+        m_rows.push_back(std::move(row));
+    }
+}
+
+std::wstring CDBExplorerRows::CellText(size_t row, int column) const
+{
+    const Row& r = m_rows.at(row);
+    switch (column) {
+    case kItemId:
+        return r.itemId;
+    case kEarliest:
+        return r.earliest;
+    case kLatest:
+        return r.latest;
+    default:
+        return r.count;
+    }
+}
+
+bool CDBExplorerRows::Less(size_t a, size_t b, int column) const
+{
+    const Row& x = m_rows[a];
+    const Row& y = m_rows[b];
+    switch (column) {
+    case kItemId:
+        return x.itemId.compare(y.itemId) < 0;   // unsigned 16-bit code units
+    case kEarliest:
+        return x.earliestKey < y.earliestKey;
+    case kLatest:
+        return x.latestKey < y.latestKey;
+    default:
+        return x.countKey < y.countKey;
+    }
+}
+
+} // namespace CL

@@ -1,0 +1,363 @@
+#include "historian/dlgDBExplorer.h"
+
+#include <commctrl.h>
+#include <windowsx.h>
+
+#include <algorithm>
+
+#include "common/DiagnosticLog.h"
+#include "common/ErrorReport.h"
+#include "common/Exception.h"
+#include "common/Handle.h"
+#include "common/LocalTime.h"
+#include "common/Text.h"
+#include "common/WaitCursor.h"
+#include "common/historian/Historian.h"
+#include "historian/dlgHistData.h"
+#include "historian/PickerTime.h"
+#include "historian/dlgTimePeriod.h"
+#include "res/resource.h"
+
+namespace {
+
+constexpr wchar_t kNothingSelected[] = L"Nothing is selected";
+constexpr wchar_t kClearQuestion[] = L"Are you sure you wish to clear the database?";
+constexpr wchar_t kDeleteQuestion[] = L"Are you sure you wish to delete permanently all those values?";
+
+} // namespace
+
+CdlgDBExplorer::CdlgDBExplorer(CL::CHistorian& historian) : m_historian(historian) {}
+
+void CdlgDBExplorer::PrepareClass(WNDCLASSEXW& wc) const
+{
+    wc.hIcon = ::LoadIconW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDI_MAIN));
+    wc.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
+}
+
+std::wstring CdlgDBExplorer::Title() const
+{
+    return m_productName + L" OPC HDA Database Explorer";
+}
+
+HWND CdlgDBExplorer::Create()
+{
+    CL::RegisterHistorianControlClasses();
+    const HWND window = CreateEx(nullptr, Title().c_str(), WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN);
+    // Wide enough for the four columns at the default font.
+    if (window)
+        ::SetWindowPos(window, nullptr, 0, 0, 720, 460, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    return window;
+}
+
+LRESULT CdlgDBExplorer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+    case WM_CREATE:
+        return OnCreate();
+    case WM_SIZE:
+        OnSize();
+        return 0;
+    case WM_SETFOCUS:
+        if (m_list.Hwnd())
+            ::SetFocus(m_list);
+        return 0;
+    case WM_NOTIFY: {
+        LRESULT result = 0;
+        if (OnNotify(reinterpret_cast<const NMHDR*>(lParam), &result))
+            return result;
+        break;
+    }
+    case WM_COMMAND:
+        if (lParam == 0 || reinterpret_cast<HWND>(lParam) == m_bars.Toolbar()) {
+            OnCommand(LOWORD(wParam));
+            return 0;
+        }
+        break;
+    case WM_CONTEXTMENU:
+        if (reinterpret_cast<HWND>(wParam) == m_list.Hwnd()) {
+            OnLVRClick(ContextMenuPoint(lParam));
+            return 0;
+        }
+        break;
+    case WM_MENUSELECT:
+        m_bars.OnMenuSelect(wParam, lParam);
+        return 0;
+    case WM_SYSCOLORCHANGE:
+        OnSysColorChange();
+        return 0;
+    case WM_GETMINMAXINFO: {
+        auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
+        info->ptMinTrackSize = {360, 200};
+        return 0;
+    }
+    default:
+        break;
+    }
+    return DefaultProc(message, wParam, lParam);
+}
+
+POINT CdlgDBExplorer::ContextMenuPoint(LPARAM lParam) const
+{
+    POINT at = {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
+    if (at.x != -1 || at.y != -1)
+        return at;
+    // From the keyboard (Shift+F10, the menu key): below the focused line,
+    // or at the list's corner.
+    RECT line = {LVIR_BOUNDS, 0, 0, 0};
+    const long long focused = m_list.FocusedRow();
+    const int index = focused >= 0 ? m_list.DisplayIndexOf(static_cast<size_t>(focused)) : -1;
+    if (index >= 0 && ::SendMessageW(m_list, LVM_GETITEMRECT, index, reinterpret_cast<LPARAM>(&line)))
+        at = {line.left + 16, line.bottom};
+    else
+        at = {0, 0};
+    ::ClientToScreen(m_list, &at);
+    return at;
+}
+
+LRESULT CdlgDBExplorer::OnCreate()
+{
+    Log(3, "CdlgDBExplorer::OnCreate" + MV_POS());
+    bool created = false;
+    CL::RunReported([&] {
+        m_bars.Create(Hwnd(), {{ID_DBEXPLORER_DELETE_ALL, STD_DELETE},
+                               {ID_DBEXPLORER_DELETE, STD_CUT},
+                               {ID_DBEXPLORER_REFRESH, STD_REDOW},
+                               {ID_DBEXPLORER_SHOW_DATA, CL::CFrameBars::kViewImage + VIEW_DETAILS},
+                               {0, 0},
+                               {ID_DBEXPLORER_ABOUT, STD_HELP}});
+        if (!m_list.Create(Hwnd(), IDC_DBEXPLORER_LIST))
+            CL::ThrowLastError(L"m_list.Create (m_hWnd)");
+        ::SendMessageW(m_list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT | LVS_EX_INFOTIP | LVS_EX_LABELTIP,
+                       LVS_EX_FULLROWSELECT | LVS_EX_INFOTIP | LVS_EX_LABELTIP);
+        const HICON icon = ::LoadIconW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDI_MAIN));
+        ::SendMessageW(Hwnd(), WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(icon));
+        ::SendMessageW(Hwnd(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(icon));
+        m_list.SetColumns({{L"Item ID", 240},
+                           {L"Earliest value time", 175},
+                           {L"Latest value time", 175},
+                           {L"Value count", 90, LVCFMT_RIGHT}});
+        m_rows.Clear();
+        m_list.SetRows(&m_rows);
+        ::SetWindowTextW(Hwnd(), Title().c_str());
+        created = true;
+    });
+    if (!created)
+        return -1;
+    Refresh();
+    return 0;
+}
+
+void CdlgDBExplorer::OnSize()
+{
+    if (!m_list.Hwnd())
+        return;
+    const RECT content = m_bars.Layout();
+    ::MoveWindow(m_list, content.left, content.top, content.right - content.left, content.bottom - content.top, TRUE);
+}
+
+bool CdlgDBExplorer::OnNotify(const NMHDR* header, LRESULT* result)
+{
+    if (header->hwndFrom == m_list.Hwnd()) {
+        switch (header->code) {
+        case LVN_COLUMNCLICK:
+            *result = OnColumnClick(header);
+            return true;
+        case NM_DBLCLK:
+        case NM_RETURN:
+            OnShowData();
+            return true;
+        case LVN_GETINFOTIPW:
+            OnGetInfoTip(reinterpret_cast<NMLVGETINFOTIPW*>(const_cast<NMHDR*>(header)));
+            return true;
+        case LVN_KEYDOWN:
+            OnListKey(reinterpret_cast<const NMLVKEYDOWN*>(header)->wVKey);
+            return true;
+        default:
+            return m_list.OnNotify(header, result);
+        }
+    }
+    return m_bars.OnNotify(header, result);
+}
+
+void CdlgDBExplorer::OnCommand(WORD id)
+{
+    switch (id) {
+    case ID_DBEXPLORER_DELETE_ALL:
+        OnDeleteAll();
+        break;
+    case ID_DBEXPLORER_DELETE:
+        OnDelete();
+        break;
+    case ID_DBEXPLORER_REFRESH:
+        OnRefresh();
+        break;
+    case ID_DBEXPLORER_SHOW_DATA:
+        OnShowData();
+        break;
+    case ID_DBEXPLORER_ABOUT:
+        OnAbout();
+        break;
+    default:
+        break;
+    }
+}
+
+void CdlgDBExplorer::Refresh()
+{
+    CL::RunReported([this] {
+        CL::CWaitCursor wait;
+        m_rows.Clear();
+        m_list.Reset();
+        m_rows.Assign(m_historian.ReadSummary());
+        m_list.Reset();
+        m_list.SetSortIndicator(CL::CDBExplorerRows::kItemId, true);
+        m_bars.SetIdleText(CL::Format(L"%u archived item(s)", static_cast<unsigned>(m_rows.RowCount())));
+    });
+}
+
+void CdlgDBExplorer::OnRefresh()
+{
+    Log(3, "CdlgDBExplorer::OnRefresh" + MV_POS());
+    Refresh();
+}
+
+bool CdlgDBExplorer::Ask(const wchar_t* question)
+{
+    return ::MessageBoxW(Hwnd(), question, L"", MB_YESNO | MB_ICONQUESTION) == IDYES;
+}
+
+std::vector<size_t> CdlgDBExplorer::SelectionOrSay()
+{
+    std::vector<size_t> selected = m_list.SelectedRows();
+    if (selected.empty())
+        ::MessageBoxW(Hwnd(), kNothingSelected, L"", MB_OK | MB_ICONINFORMATION);
+    return selected;
+}
+
+void CdlgDBExplorer::OnDeleteAll()
+{
+    Log(3, "CdlgDBExplorer::OnDeleteAll" + MV_POS());
+    CL::RunReported([this] {
+        if (!Ask(kClearQuestion))
+            return;
+        {
+            CL::CWaitCursor wait;
+            m_historian.DeleteAll();
+        }
+        Refresh();
+    });
+}
+
+void CdlgDBExplorer::OnDelete()
+{
+    Log(3, "CdlgDBExplorer::OnDelete" + MV_POS());
+    CL::RunReported([this] {
+        const std::vector<size_t> selected = SelectionOrSay();
+        if (selected.empty())
+            return;
+        CdlgTimePeriod period;
+        period.m_from = m_rows.Earliest(selected.front());
+        period.m_to = m_rows.Latest(selected.front());
+        if (period.DoModal(Hwnd()) != IDOK)
+            return;
+        if (!Ask(kDeleteQuestion))
+            return;
+        std::vector<std::wstring> itemIds;
+        for (size_t row : selected)
+            itemIds.push_back(m_rows.ItemId(row));
+        // The last whole second shown is inside the period.
+        const DATE from = CL::LocalToUtcDate(period.m_from);
+        const DATE to = CL::LocalToUtcDate(period.m_to + CL::kOneSecond);
+        {
+            CL::CWaitCursor wait;
+            m_historian.DeleteItems(itemIds, period.m_useFrom, from, period.m_useTo, to);
+        }
+        Refresh();
+    });
+}
+
+void CdlgDBExplorer::OnShowData()
+{
+    Log(3, "CdlgDBExplorer::OnShowData" + MV_POS());
+    CL::RunReported([this] {
+        const std::vector<size_t> selected = SelectionOrSay();
+        if (selected.empty())
+            return;
+        const size_t row = selected.front();
+        CdlgHistData dialog(m_historian);
+        dialog.m_itemId = m_rows.ItemId(row);
+        dialog.m_from = m_rows.Earliest(row);
+        dialog.m_to = m_rows.Latest(row);
+        dialog.DoModal(Hwnd());
+    });
+}
+
+void CdlgDBExplorer::OnAbout()
+{
+    Log(3, "CdlgDBExplorer::OnAbout" + MV_POS());
+    CL::RunReported([this] {
+        if (onAbout)
+            onAbout(Hwnd());
+    });
+}
+
+LRESULT CdlgDBExplorer::OnColumnClick(const NMHDR* header)
+{
+    Log(3, "CdlgDBExplorer::OnColumnClick" + MV_POS());
+    LRESULT result = 0;
+    CL::RunReported([&] {
+        CL::CWaitCursor wait;
+        m_list.OnNotify(header, &result);
+    });
+    return result;
+}
+
+void CdlgDBExplorer::OnLVRClick(POINT screen)
+{
+    Log(3, "CdlgDBExplorer::OnLVRClick" + MV_POS());
+    CL::RunReported([&] {
+        const CL::UniqueMenu menu(::LoadMenuW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDR_DBEXPLORER_CONTEXT)));
+        if (!menu)
+            CL::ThrowLastError(L"LoadMenu (IDR_DBEXPLORER_CONTEXT)");
+        const HMENU popup = ::GetSubMenu(menu.get(), 0);
+        // The command goes through WM_COMMAND like a toolbar click.
+        ::TrackPopupMenu(popup, TPM_LEFTALIGN | TPM_RIGHTBUTTON, screen.x, screen.y, 0, Hwnd(), nullptr);
+    });
+}
+
+void CdlgDBExplorer::OnSysColorChange()
+{
+    Log(3, "CdlgDBExplorer::OnSysColorChange" + MV_POS());
+    CL::RunReported([this] {
+        m_list.OnSysColorChange();
+        ::SendMessageW(m_list, WM_SYSCOLORCHANGE, 0, 0);
+        ::SendMessageW(m_bars.Toolbar(), WM_SYSCOLORCHANGE, 0, 0);
+    });
+}
+
+// The list's info tip names the whole item ID, which a narrow column cuts.
+void CdlgDBExplorer::OnGetInfoTip(NMLVGETINFOTIPW* tip) const
+{
+    if (tip->iItem < 0 || static_cast<size_t>(tip->iItem) >= m_list.DisplayCount() || tip->cchTextMax <= 0)
+        return;
+    const std::wstring& id = m_rows.ItemId(m_list.SourceRowAt(static_cast<size_t>(tip->iItem)));
+    const size_t length = std::min(id.size(), static_cast<size_t>(tip->cchTextMax - 1));
+    id.copy(tip->pszText, length);
+    tip->pszText[length] = L'\0';
+}
+
+// Keys of the list: F5 refreshes, Delete deletes the selected items' values
+// (Enter, like a double click, shows the item's values: NM_RETURN).
+void CdlgDBExplorer::OnListKey(WORD key)
+{
+    switch (key) {
+    case VK_F5:
+        OnRefresh();
+        break;
+    case VK_DELETE:
+        OnDelete();
+        break;
+    default:
+        break;
+    }
+}

@@ -1,0 +1,80 @@
+#pragma once
+// CdlgHistData: the modal dialog "Historical data" that shows the archived
+// values of one item within a time period ("Show data") and saves them to
+// an XML file ("Save data..."). The opener sets the item ID and, when it
+// knows them, the initial From and To (local time); a bound of 0 is not
+// given: From becomes an hour ago and To now.
+//
+// Reading: From and To + one second (the last second shown is included)
+// are converted from local time to UTC and passed to the historian's range
+// read with the two check boxes as the bound flags and the "Retrieve max"
+// number as the maximum count (0: no limit).
+#include <windows.h>
+
+#include <string>
+
+#include "common/Window.h"
+#include "common/historian/HistorianValues.h"
+#include "common/ui/DialogAnchors.h"
+#include "common/ui/ReportList.h"
+#include "historian/HistDataRows.h"
+
+namespace CL {
+class CHistorian;
+}
+
+class CdlgHistData : public CL::CDialog {
+public:
+    explicit CdlgHistData(CL::CHistorian& historian);
+
+    std::wstring m_itemId;
+    double m_from = 0.0;            // OLE date, local time; 0: an hour ago
+    double m_to = 0.0;              // OLE date, local time; 0: now
+    int m_useFrom = BST_CHECKED;    // check box states; outside 0..2 taken as 0
+    int m_useTo = BST_CHECKED;
+    unsigned m_maxCount = 1000;     // 0: no limit
+
+    INT_PTR DoModal(HWND owner);
+
+    // The rows the list shows (for the window's users and tests).
+    const CL::CHistDataRows& Rows() const { return m_rows; }
+    const CL::CReportList& List() const { return m_list; }
+
+protected:
+    BOOL OnInitDialog() override;
+    bool OnCommand(WORD id, WORD code, HWND control) override;
+    INT_PTR DialogProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+private:
+    void OnBnClickedBtnRefresh();
+    void OnClickedOpenFile();
+    void OnBnClickedChkFrom();
+    void OnBnClickedChkTo();
+    LRESULT OnColumnClick(const NMHDR* header);
+    void OnSysColorChange();
+    bool OnNotify(const NMHDR* header, LRESULT* result);
+
+    void InitControls();
+    void PresetBound(int checkId, int pickerId, int state, DATE date);
+    void SyncPicker(int checkId, int pickerId);
+    // Reads the controls into the dialog's state and the item's values
+    // within them from the historian.
+    CL::CHistorianValues Read();
+    // The save-file dialog; empty when the user cancels.
+    std::wstring AskExportFile() const;
+
+    CL::CHistorian& m_historian;
+    CL::CReportList m_list;
+    CL::CHistDataRows m_rows;
+    CL::CDialogAnchors m_anchors;
+};
+
+// Runs the historical data window for one item, with From an hour ago and To
+// now (the caller has made sure that the database can be opened).
+void RunHistoricalData(HWND owner, CL::CHistorian& historian, const std::wstring& itemId);
+
+// Opens the historical data window for one item, with From an hour ago and
+// To now, after checking that the historian database can be opened; when it
+// cannot, shows "The HDA database is not accessible." (caption "OPC HDA
+// Database Explorer") instead. The address space editor's entry point.
+void ShowHistoricalData(HWND owner, CL::CHistorian& historian, const std::wstring& itemId);
