@@ -11,6 +11,7 @@
 #include "common/ErrorReport.h"
 #include "app/MenuFlags.h"
 #include "app/MessageLoop.h"
+#include "app/OptionsDialogRunner.h"
 #include "app/SingleInstance.h"
 #include "common/Exception.h"
 #include "common/Handle.h"
@@ -69,6 +70,7 @@ int RunBody(UniqueKernelHandle& mutex)
 
     const MenuFlags flags = DecideMenuFlags();
     auto dummy = std::make_unique<CDummyWnd>(flags);
+    dummy->SetOptionsDialog(std::make_unique<COptionsDialogRunner>());
     dummy->SetSettingsAppliedHandler([&historian] { ConfigureHistorian(*historian, g_Settings); });
     if (!dummy->CreateEx())
         ThrowLastError(L"wndDummy.CreateEx ()");
