@@ -135,13 +135,19 @@ void CdlgDbOptions::OnClickedOK()
 void CdlgDbOptions::OnClickedCancel()
 {
     Log(3, "CdlgDbOptions::OnClickedCancel" + MV_POS());
-    CL::RunReported([this] { EndDialog(IDCANCEL); });
+    CL::RunReported([this] {
+        m_values = m_given;
+        EndDialog(IDCANCEL);
+    });
 }
 
 void CdlgDbOptions::OnClose()
 {
     Log(3, "CdlgDbOptions::OnClose" + MV_POS());
-    CL::RunReported([this] { EndDialog(IDCANCEL); });
+    CL::RunReported([this] {
+        m_values = m_given;
+        EndDialog(IDCANCEL);
+    });
 }
 
 void CdlgDbOptions::ShowChecks()

@@ -10,10 +10,10 @@
 
 class CdlgDbOptions : public CL::CDialog {
 public:
-    explicit CdlgDbOptions(const CDbRetention& values) : m_values(values) {}
+    explicit CdlgDbOptions(const CDbRetention& values) : m_given(values), m_values(values) {}
 
     INT_PTR DoModal(HWND owner);
-    // The values as the dialog holds them (after OK: as read from the controls).
+    // The values given; after OK, the values read from the controls.
     const CDbRetention& Values() const { return m_values; }
 
 protected:
@@ -37,5 +37,6 @@ private:
     // puts the focus on it and returns false.
     bool ReadNumber(int id, long& value);
 
-    CDbRetention m_values;
+    const CDbRetention m_given;   // what Cancel hands back
+    CDbRetention m_values;        // what the controls show
 };

@@ -20,6 +20,7 @@
 #include "res/resource.h"
 #include "support/FakeServiceManager.h"
 #include "support/LogCapture.h"
+#include "support/SettingsFileXml.h"
 #include "support/TestSupport.h"
 
 using namespace std::chrono_literals;
@@ -106,6 +107,7 @@ protected:
     int FocusedId() const { return ::GetDlgCtrlID(::GetFocus()); }
     bool SettingsFileWritten() const { return test::FileExists(folder.File(CL::kSettingsFileName)); }
 
+    test::ComApartment com;
     test::TempDir folder;
     test::FakeServerControl server{folder.Path()};
     CdlgOptions dialog{server, folder.Path()};
@@ -166,6 +168,7 @@ TEST_F(OptionsDialog, ClsidsAreShownInUpperCaseRegistryForm)
 }
 
 struct NullClsidCase {
+    const char* name;
     GUID CSettings::*clsid;
     int check;
     int edit;
@@ -187,11 +190,12 @@ TEST_P(NullClsid, ShowsThatServerDisabledWithAnEmptyEdit)
 
 INSTANTIATE_TEST_SUITE_P(
     DaHdaAe, NullClsid,
-    testing::Values(NullClsidCase{&CSettings::DAServer_CLSID, IDC_CH_ENABLE_DA, IDC_ED_DA_CLSID, IDC_BT_NEW_DA_CLSID},
-                    NullClsidCase{&CSettings::HDAServer_CLSID, IDC_CH_ENABLE_HDA, IDC_ED_HDA_CLSID,
+    testing::Values(NullClsidCase{"DA", &CSettings::DAServer_CLSID, IDC_CH_ENABLE_DA, IDC_ED_DA_CLSID, IDC_BT_NEW_DA_CLSID},
+                    NullClsidCase{"HDA", &CSettings::HDAServer_CLSID, IDC_CH_ENABLE_HDA, IDC_ED_HDA_CLSID,
                                   IDC_BT_NEW_HDA_CLSID},
-                    NullClsidCase{&CSettings::AEServer_CLSID, IDC_CH_ENABLE_AE, IDC_ED_AE_CLSID,
-                                  IDC_BT_NEW_AE_CLSID}));
+                    NullClsidCase{"AE", &CSettings::AEServer_CLSID, IDC_CH_ENABLE_AE, IDC_ED_AE_CLSID,
+                                  IDC_BT_NEW_AE_CLSID}),
+    [](const testing::TestParamInfo<NullClsidCase>& info) { return std::string(info.param.name); });
 
 TEST_F(OptionsDialog, NullCcmClsidIsStillShown)
 {
@@ -216,15 +220,7 @@ TEST_F(OptionsDialog, LoggingListHoldsTheFiveLevelsInOrder)
 
 TEST_F(OptionsDialog, LoggingLevelSevenInTheFileIsShownAsTrace)
 {
-    const std::string xml = "<Morvane_ini Title=\"Varnel\" CustomADOConnection=\"0\" ADOConnection=\"\" StartCCM=\"0\" "
-                            "CCM=\"\" StartEmpty=\"0\" HDAServer_CLSID=\"{6E2D1A40-3B7C-4F8E-9A51-0C4D2B7E8A01}\" "
-                            "DAServer_CLSID=\"{6E2D1A41-3B7C-4F8E-9A51-0C4D2B7E8A01}\" "
-                            "AEServer_CLSID=\"{6E2D1A42-3B7C-4F8E-9A51-0C4D2B7E8A01}\" ServiceName=\"Morvane\" "
-                            "MapItemsToFiles=\"0\" EnableXmlDa=\"-1\" XmlDaPort=\"8082\" "
-                            "CcmServer_CLSID=\"{6E2D1A43-3B7C-4F8E-9A51-0C4D2B7E8A01}\" EnableUa=\"-1\" "
-                            "UaPort=\"8083\" TraceLevel=\"7\" DbKeepAllValues=\"-1\" DbKeepLastValues=\"0\" "
-                            "DbLastValues=\"1000\" DbKeepLastMinutesValues=\"0\" DbLastMinutesValues=\"1440\" "
-                            "DbDeletePercent=\"50\"/>";
+    const std::string xml = test::SettingsFileXml({{"TraceLevel", "7"}});
     test::WriteFileBytes(folder.File(CL::kSettingsFileName), xml);
     LoadSettingsFrom(folder.File(CL::kSettingsFileName), g_Settings);
     ASSERT_EQ(g_Settings.TraceLevel, 7);
@@ -446,6 +442,7 @@ TEST_F(OptionsDialog, ChangedClsidRegisteredByOtherSoftwareIsRefusedNamingTheFie
 }
 
 struct InUseOrderCase {
+    const char* name;
     int unchangedUpTo;   // how many of HDA, AE, DA, CCM keep their CLSID
     const wchar_t* field;
 };
@@ -471,10 +468,11 @@ TEST_P(ClsidInUseOrder, IsHdaAeDaCcm)
 }
 
 INSTANTIATE_TEST_SUITE_P(Fields, ClsidInUseOrder,
-                         testing::Values(InUseOrderCase{0, L"OPC HDA Server CLSID"},
-                                         InUseOrderCase{1, L"OPC AE Server CLSID"},
-                                         InUseOrderCase{2, L"OPC DA Server CLSID"},
-                                         InUseOrderCase{3, L"CCM Server CLSID"}));
+                         testing::Values(InUseOrderCase{"FirstHda", 0, L"OPC HDA Server CLSID"},
+                                         InUseOrderCase{"ThenAe", 1, L"OPC AE Server CLSID"},
+                                         InUseOrderCase{"ThenDa", 2, L"OPC DA Server CLSID"},
+                                         InUseOrderCase{"LastCcm", 3, L"CCM Server CLSID"}),
+                         [](const testing::TestParamInfo<InUseOrderCase>& info) { return std::string(info.param.name); });
 
 TEST_F(OptionsDialog, UnchangedClsidIsNeverChecked)
 {
@@ -510,7 +508,10 @@ TEST_P(RestartAnswer, OtherThanYesChangesNothingAndTheServiceKeepsRunning)
     EXPECT_TRUE(test::BackupFiles(folder.Path()).empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(NoAndCancel, RestartAnswer, testing::Values(IDNO, IDCANCEL));
+INSTANTIATE_TEST_SUITE_P(NoAndCancel, RestartAnswer, testing::Values(IDNO, IDCANCEL),
+                         [](const testing::TestParamInfo<int>& info) {
+                             return std::string(info.param == IDNO ? "No" : "Cancel");
+                         });
 
 // ---- OK: the apply sequence ------------------------------------------------
 
@@ -646,6 +647,7 @@ TEST_F(OptionsDialog, DependentThatDoesNotStopInTimeEndsInTheErrorReportWithTheD
 // ---- OK: input that cannot be right ----------------------------------------
 
 struct BadInputCase {
+    const char* name;
     int edit;
     const wchar_t* text;
     const wchar_t* field;   // a part of the message that names the field
@@ -675,17 +677,18 @@ TEST_P(BadInput, IsRefusedNamingTheFieldWithTheFocusOnItBeforeAnythingIsStopped)
 
 INSTANTIATE_TEST_SUITE_P(
     Fields, BadInput,
-    testing::Values(BadInputCase{IDC_ED_DA_CLSID, L"{6E2D1A41-3B7C-4F8E-9A51}", L"'OPC DA Server CLSID'"},
-                    BadInputCase{IDC_ED_HDA_CLSID, L"Msxml2.DOMDocument.3.0", L"'OPC HDA Server CLSID'"},
-                    BadInputCase{IDC_ED_AE_CLSID, L"", L"'OPC AE Server CLSID'"},
-                    BadInputCase{IDC_ED_CCM_CLSID, L"{ZZZZZZZZ-3B7C-4F8E-9A51-0C4D2B7E8A01}", L"'CCM Server CLSID'"},
-                    BadInputCase{IDC_ED_XMLDA_PORT, L"0", L"OPC XML DA Server"},
-                    BadInputCase{IDC_ED_XMLDA_PORT, L"65536", L"OPC XML DA Server"},
-                    BadInputCase{IDC_ED_UA_PORT, L"", L"OPC UA Server"},
-                    BadInputCase{IDC_ED_TITLE, L"   ", L"'Title'"},
-                    BadInputCase{IDC_ED_SERVICENAME, L"", L"'Service Name'"},
-                    BadInputCase{IDC_ED_SERVICENAME, L"Opc\\Server", L"'Service Name'"},
-                    BadInputCase{IDC_ED_ADOCONNECTION, L"  ", L"'OLEDB connection string'"}));
+    testing::Values(BadInputCase{"DaClsidCutShort", IDC_ED_DA_CLSID, L"{6E2D1A41-3B7C-4F8E-9A51}", L"'OPC DA Server CLSID'"},
+                    BadInputCase{"HdaClsidAProgramId", IDC_ED_HDA_CLSID, L"Msxml2.DOMDocument.3.0", L"'OPC HDA Server CLSID'"},
+                    BadInputCase{"AeClsidEmpty", IDC_ED_AE_CLSID, L"", L"'OPC AE Server CLSID'"},
+                    BadInputCase{"CcmClsidNotHex", IDC_ED_CCM_CLSID, L"{ZZZZZZZZ-3B7C-4F8E-9A51-0C4D2B7E8A01}", L"'CCM Server CLSID'"},
+                    BadInputCase{"XmlDaPortZero", IDC_ED_XMLDA_PORT, L"0", L"OPC XML DA Server"},
+                    BadInputCase{"XmlDaPortAbove65535", IDC_ED_XMLDA_PORT, L"65536", L"OPC XML DA Server"},
+                    BadInputCase{"UaPortEmpty", IDC_ED_UA_PORT, L"", L"OPC UA Server"},
+                    BadInputCase{"TitleBlank", IDC_ED_TITLE, L"   ", L"'Title'"},
+                    BadInputCase{"ServiceNameEmpty", IDC_ED_SERVICENAME, L"", L"'Service Name'"},
+                    BadInputCase{"ServiceNameWithBackslash", IDC_ED_SERVICENAME, L"Opc\\Server", L"'Service Name'"},
+                    BadInputCase{"ConnectionStringBlank", IDC_ED_ADOCONNECTION, L"  ", L"'OLEDB connection string'"}),
+    [](const testing::TestParamInfo<BadInputCase>& info) { return std::string(info.param.name); });
 
 TEST_F(OptionsDialog, PortsAtTheEndsOfTheRangeAreTaken)
 {

@@ -3,6 +3,7 @@
 // records what the dialog asked of it, with a look at the installation
 // folder at each server run, and small helpers that drive dialog controls.
 #include <windows.h>
+#include <objbase.h>
 
 #include <functional>
 #include <string>
@@ -40,6 +41,23 @@ public:
 
 private:
     std::wstring m_folder;
+};
+
+// The multithreaded COM apartment for the life of the object, as the
+// control panel enters it at start-up (the settings file goes through MSXML).
+class ComApartment {
+public:
+    ComApartment() : m_hr(::CoInitializeEx(nullptr, COINIT_MULTITHREADED)) {}
+    ~ComApartment()
+    {
+        if (SUCCEEDED(m_hr))
+            ::CoUninitialize();
+    }
+    ComApartment(const ComApartment&) = delete;
+    ComApartment& operator=(const ComApartment&) = delete;
+
+private:
+    HRESULT m_hr;
 };
 
 // The backup files ("Morvane.ini.xml.*") of a folder, full paths.
