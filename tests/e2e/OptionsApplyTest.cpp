@@ -11,6 +11,7 @@
 #include "common/Text.h"
 #include "config/Settings.h"
 #include "res/resource.h"
+#include "support/ComApartment.h"
 #include "support/ServerSimulator.h"
 #include "support/TestSupport.h"
 #include "tools/server-sim/SimFiles.h"
@@ -132,6 +133,7 @@ protected:
     }
     std::string Narrow(const std::wstring& text) const { return CL::Narrow(text); }
 
+    test::ComApartment com;
     test::SimulatedServer server;
     std::wstring newService;
     std::unique_ptr<test::Process> m_process;

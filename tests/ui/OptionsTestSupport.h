@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "config/ServerControlPart.h"
+#include "support/ComApartment.h"
 #include "support/TestSupport.h"
 
 namespace test {
@@ -41,23 +42,6 @@ public:
 
 private:
     std::wstring m_folder;
-};
-
-// The multithreaded COM apartment for the life of the object, as the
-// control panel enters it at start-up (the settings file goes through MSXML).
-class ComApartment {
-public:
-    ComApartment() : m_hr(::CoInitializeEx(nullptr, COINIT_MULTITHREADED)) {}
-    ~ComApartment()
-    {
-        if (SUCCEEDED(m_hr))
-            ::CoUninitialize();
-    }
-    ComApartment(const ComApartment&) = delete;
-    ComApartment& operator=(const ComApartment&) = delete;
-
-private:
-    HRESULT m_hr;
 };
 
 // The backup files ("Morvane.ini.xml.*") of a folder, full paths.
