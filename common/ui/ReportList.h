@@ -29,8 +29,11 @@ public:
     virtual ~IReportRows() = default;
     virtual size_t RowCount() const = 0;
     virtual std::wstring CellText(size_t row, int column) const = 0;
-    // True when row a's key in this column is strictly smaller than row b's.
-    // The default compares the cell texts as unsigned 16-bit code units.
+    // Whether the column sorts by its cell texts compared as unsigned 16-bit
+    // code units (the list then reads every text once and sorts by them).
+    virtual bool ComparesByText(int /*column*/) const { return true; }
+    // For a column that does not compare by text: true when row a's key is
+    // strictly smaller than row b's. The default compares the cell texts.
     virtual bool Less(size_t a, size_t b, int column) const;
 };
 
@@ -101,6 +104,9 @@ public:
     // this control's and was handled.
     bool OnNotify(const NMHDR* header, LRESULT* result);
     void OnSysColorChange();
+    // The arrows the header shows now (for tests of the header).
+    HBITMAP SortUpBitmap() const { return static_cast<HBITMAP>(m_bmSortUp.get()); }
+    HBITMAP SortDownBitmap() const { return static_cast<HBITMAP>(m_bmSortDown.get()); }
 
     // Called after a header click sorted the list (column, ascending).
     std::function<void(int, bool)> onSorted;
@@ -109,7 +115,9 @@ private:
     void RebuildArrows();
     void ShowArrow();
     void SortOrder();
-    void SyncCount();
+    void SyncCount(bool keepScroll);
+    void ClearSelection();
+    long long FindPrefix(const wchar_t* prefix, int start) const;
 
     HWND m_hwnd = nullptr;
     const IReportRows* m_rows = nullptr;
