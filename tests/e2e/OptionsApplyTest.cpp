@@ -237,3 +237,77 @@ TEST_F(OptionsApply, MissingServerExecutableEndsInTheErrorReportWithTheDialogOpe
     EXPECT_TRUE(BackupFiles(server.Folder()).empty());
     EXPECT_EQ(test::ReadFileBytes(server.File(L"Morvane.ini.xml")), oldFile);
 }
+
+namespace {
+
+// A class identifier that another program registered in this prefix, for
+// the life of the object.
+class RegisteredClsid {
+public:
+    RegisteredClsid()
+    {
+        GUID clsid = GUID_NULL;
+        ::CoCreateGuid(&clsid);
+        wchar_t text[40] = {};
+        ::StringFromGUID2(clsid, text, 40);
+        m_text = text;
+        HKEY key = nullptr;
+        EXPECT_EQ(::RegCreateKeyExW(HKEY_CLASSES_ROOT, (L"CLSID\\" + m_text).c_str(), 0, nullptr, 0, KEY_WRITE,
+                                    nullptr, &key, nullptr),
+                  ERROR_SUCCESS);
+        if (key)
+            ::RegCloseKey(key);
+    }
+    ~RegisteredClsid() { ::RegDeleteKeyW(HKEY_CLASSES_ROOT, (L"CLSID\\" + m_text).c_str()); }
+    const std::wstring& Text() const { return m_text; }
+
+private:
+    std::wstring m_text;
+};
+
+} // namespace
+
+// Refusals come before the restart question: the running service is left
+// alone and nothing is run or written.
+TEST_F(OptionsApply, ClsidRegisteredByAnotherProgramIsRefusedBeforeAnythingIsStopped)
+{
+    RegisteredClsid other;
+    ASSERT_TRUE(server.Start());
+    const std::string oldFile = test::ReadFileBytes(server.File(L"Morvane.ini.xml"));
+    LaunchAndOpenOptions();
+    SetText(IDC_ED_AE_CLSID, other.Text());
+    ::PostMessageW(m_dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+    const HWND refusal = WaitForDialog(m_process->Id(), L"Options", m_dialog);
+    ASSERT_NE(refusal, nullptr);
+    EXPECT_EQ(test::DialogItemText(refusal, 0xFFFF),
+              L"The 'OPC AE Server CLSID' is probably used. Using this clsid here may damage the system. Please, "
+              L"specify unused clsid.");
+    test::ClickButton(refusal, IDOK);
+    ASSERT_TRUE(test::WaitUntil([&] { return !::IsWindow(refusal); }, 10s));
+    EXPECT_TRUE(::IsWindow(m_dialog));
+    EXPECT_EQ(server.State(), static_cast<DWORD>(SERVICE_RUNNING));
+    EXPECT_FALSE(server.HasEvent("stop requested"));
+    EXPECT_TRUE(server.CommandLineCalls().empty());
+    EXPECT_TRUE(BackupFiles(server.Folder()).empty());
+    EXPECT_EQ(test::ReadFileBytes(server.File(L"Morvane.ini.xml")), oldFile);
+}
+
+TEST_F(OptionsApply, PortOutsideTheRangeIsRefusedBeforeAnythingIsStopped)
+{
+    ASSERT_TRUE(server.Start());
+    const std::string oldFile = test::ReadFileBytes(server.File(L"Morvane.ini.xml"));
+    LaunchAndOpenOptions();
+    SetText(IDC_ED_UA_PORT, L"70000");
+    ::PostMessageW(m_dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+    const HWND refusal = WaitForDialog(m_process->Id(), L"Options", m_dialog);
+    ASSERT_NE(refusal, nullptr);
+    EXPECT_EQ(test::DialogItemText(refusal, 0xFFFF),
+              L"The port of the OPC UA Server must be a whole number from 1 to 65535.");
+    test::ClickButton(refusal, IDOK);
+    ASSERT_TRUE(test::WaitUntil([&] { return !::IsWindow(refusal); }, 10s));
+    EXPECT_TRUE(::IsWindow(m_dialog));
+    EXPECT_EQ(server.State(), static_cast<DWORD>(SERVICE_RUNNING));
+    EXPECT_FALSE(server.HasEvent("stop requested"));
+    EXPECT_TRUE(server.CommandLineCalls().empty());
+    EXPECT_EQ(test::ReadFileBytes(server.File(L"Morvane.ini.xml")), oldFile);
+}
