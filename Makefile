@@ -4,7 +4,7 @@ BUILD64    := $(BUILD)/x86_64
 BUILD32    := $(BUILD)/i686
 JOBS       ?= $(shell nproc)
 
-.PHONY: all deps build build-i686 test run bench clean
+.PHONY: all deps build build-i686 test run bench screenshots clean
 
 all: build
 
@@ -31,6 +31,11 @@ test: build
 # The control panel in a demo installation folder.
 run: build
 	scripts/run-demo.sh $(BUILD64)
+
+# Pictures of the windows for the README (docs/screenshots/), taken from the
+# real program in the demo installation on a private display.
+screenshots: build
+	scripts/screenshots.sh $(BUILD64)
 
 clean:
 	rm -rf $(BUILD)

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "common/DiagnosticLog.h"
+#include "app/AddressSpaceEditor.h"
 #include "app/DummyWnd.h"
 #include "app/HistorianSettings.h"
 #include "common/ErrorReport.h"
@@ -54,7 +55,7 @@ int RunBody(UniqueKernelHandle& mutex)
     }
 
     ::DefWindowProcW(nullptr, 0, 0, 0);
-    INITCOMMONCONTROLSEX icc = {sizeof icc, ICC_COOL_CLASSES | ICC_BAR_CLASSES};
+    INITCOMMONCONTROLSEX icc = {sizeof icc, ICC_COOL_CLASSES | ICC_BAR_CLASSES | ICC_TREEVIEW_CLASSES | ICC_LISTVIEW_CLASSES};
     ::InitCommonControlsEx(&icc);
 
     CMessageLoop loop;
@@ -70,6 +71,7 @@ int RunBody(UniqueKernelHandle& mutex)
 
     const MenuFlags flags = DecideMenuFlags();
     auto dummy = std::make_unique<CDummyWnd>(flags);
+    dummy->SetAddressSpaceEditor(std::make_unique<CAddressSpaceEditor>(*historian));
     dummy->SetOptionsDialog(std::make_unique<COptionsDialogRunner>());
     dummy->SetSettingsAppliedHandler([&historian] { ConfigureHistorian(*historian, g_Settings); });
     if (!dummy->CreateEx())

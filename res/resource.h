@@ -16,4 +16,7 @@
 #define ID_MN_START_SERVER       32819 // "Start"
 #define ID_MN_STOP_SERVER        32821 // "Stop"
 #define ID_MN_SHUTDOWN           206   // "Exit"
+
+#include "resource_editor.h"
+#include "resource_csv.h"
 #include "resource_options.h"

@@ -1,0 +1,33 @@
+#include "app/HistoricalDataHook.h"
+
+#include "common/DiagnosticLog.h"
+#include "common/historian/DbConnection.h"
+#include "common/historian/Historian.h"
+
+namespace CL {
+
+bool IsHistorianAccessible(const CHistorian& historian)
+{
+    try {
+        return OpenDbConnection(historian.ConnectionString()) != nullptr;
+    } catch (...) {
+        Log(1, "The historian database cannot be opened" + MV_POS());
+        return false;
+    }
+}
+
+HistoricalDataOpener MakeHistoricalDataHook(CHistorian& historian, HistoricalDataOpener opener)
+{
+    return [&historian, opener](HWND owner, const std::wstring& itemId) {
+        if (!IsHistorianAccessible(historian)) {
+            ::MessageBoxW(nullptr, kHdaNotAccessibleText, kHdaExplorerTitle, MB_OK | MB_ICONERROR);
+            return;
+        }
+        if (opener)
+            opener(owner, itemId);
+        else
+            ::MessageBoxW(owner, kHistoryWindowMissingText, kHdaExplorerTitle, MB_OK | MB_ICONINFORMATION);
+    };
+}
+
+} // namespace CL
