@@ -93,6 +93,8 @@ protected:
     {
         server.SetKnob(sim::kKnobServiceOnInstall, 1);   // " /u" deletes, " /i" registers the service
         newService = test::UniqueServiceName(L"MvRenamed");
+        // What the server keeps beside it: the tray reloads it after OK.
+        server.WriteExchangeFile("<Morvane_OPCDAAddressSpace Name=\"\"></Morvane_OPCDAAddressSpace>");
     }
     void TearDown() override
     {
@@ -132,6 +134,17 @@ protected:
         ASSERT_TRUE(test::WaitUntil([&] { return !::IsWindow(question); }, 10s));
     }
     std::string Narrow(const std::wstring& text) const { return CL::Narrow(text); }
+    // The tray has handled everything before a command posted now: when the
+    // About box of that command shows, no error report is up.
+    void ExpectNoErrorReportSoFar()
+    {
+        ::PostMessageW(m_tray, WM_COMMAND, MAKEWPARAM(ID_MN_ABOUT, 0), 0);
+        const HWND about = WaitForDialog(m_process->Id(), L"About");
+        ASSERT_NE(about, nullptr);
+        EXPECT_EQ(FindDialog(m_process->Id(), L"CException", nullptr), nullptr) << "an error was reported";
+        test::ClickButton(about, IDOK);
+        EXPECT_TRUE(test::WaitUntil([&] { return !::IsWindow(about); }, 10s));
+    }
 
     test::ComApartment com;
     test::SimulatedServer server;
@@ -157,6 +170,7 @@ TEST_F(OptionsApply, OkOnARunningServerRunsTheWholeSequenceAndStartsItUnderTheNe
     const std::wstring doneText = test::DialogItemText(done, 0xFFFF);
     test::ClickButton(done, IDOK);
     EXPECT_TRUE(test::WaitUntil([&] { return !::IsWindow(m_dialog); }, 10s)) << "the dialog closes";
+    ExpectNoErrorReportSoFar();   // the editor's address space reloaded, the historian configured
 
     // The simulator's record, in order.
     ASSERT_TRUE(server.WaitForEvent("started " + Narrow(newService), 20s));
@@ -205,6 +219,7 @@ TEST_F(OptionsApply, OkOnAStoppedServerStartsNothing)
     const HWND done = WaitForDialog(m_process->Id(), L"Ok", m_dialog);
     ASSERT_NE(done, nullptr) << "no success message";
     test::ClickButton(done, IDOK);
+    ExpectNoErrorReportSoFar();
     ASSERT_TRUE(server.WaitForEvent("register service " + Narrow(newService) + ": error 0", 20s));
     EXPECT_EQ(server.CommandLineCalls(), (std::vector<std::string>{"/u", "/i"}));
     EXPECT_EQ(server.EventsStartingWith("started").size(), 0u);
@@ -310,4 +325,20 @@ TEST_F(OptionsApply, PortOutsideTheRangeIsRefusedBeforeAnythingIsStopped)
     EXPECT_FALSE(server.HasEvent("stop requested"));
     EXPECT_TRUE(server.CommandLineCalls().empty());
     EXPECT_EQ(test::ReadFileBytes(server.File(L"Morvane.ini.xml")), oldFile);
+}
+
+TEST_F(OptionsApply, OptionsIsRefusedWhileTheAddressSpaceEditorIsOpen)
+{
+    m_process = std::make_unique<test::Process>(server.InstallControlPanel(), L"", server.Folder());
+    m_tray = test::WaitForProcessWindow(m_process->Id(), L"MorvaneGuiTrayWindow", 20s);
+    ASSERT_NE(m_tray, nullptr);
+    ::PostMessageW(m_tray, WM_COMMAND, MAKEWPARAM(ID_MN_CONTROL, 0), 0);
+    ASSERT_NE(test::WaitForProcessWindow(m_process->Id(), L"MorvaneAddressSpaceEditor", 20s), nullptr);
+    ::PostMessageW(m_tray, WM_COMMAND, MAKEWPARAM(ID_MN_OPTIONS, 0), 0);
+    const HWND refusal = WaitForDialog(m_process->Id(), L"Options");
+    ASSERT_NE(refusal, nullptr);
+    EXPECT_EQ(test::DialogItemText(refusal, 0xFFFF), L"Please, close the OPC Address Space window and try again.");
+    EXPECT_EQ(::GetDlgItem(refusal, IDC_ED_TITLE), nullptr) << "the options dialog itself did not open";
+    test::ClickButton(refusal, IDOK);
+    EXPECT_TRUE(test::WaitUntil([&] { return !::IsWindow(refusal); }, 10s));
 }

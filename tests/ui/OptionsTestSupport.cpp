@@ -62,19 +62,9 @@ std::wstring ItemText(HWND dialog, int id)
     return DialogItemText(dialog, id);
 }
 
-void SetItemText(HWND dialog, int id, const std::wstring& text)
-{
-    ::SetDlgItemTextW(dialog, id, text.c_str());
-}
-
 void Click(HWND dialog, int id)
 {
     ::SendMessageW(::GetDlgItem(dialog, id), BM_CLICK, 0, 0);
-}
-
-bool IsChecked(HWND dialog, int id)
-{
-    return ::IsDlgButtonChecked(dialog, id) == BST_CHECKED;
 }
 
 bool IsEnabled(HWND dialog, int id)

@@ -11,6 +11,7 @@
 
 #include "config/ServerControlPart.h"
 #include "support/ComApartment.h"
+#include "support/DialogScript.h"   // SetItemText, IsChecked
 #include "support/TestSupport.h"
 
 namespace test {
@@ -47,13 +48,12 @@ private:
 // The backup files ("Morvane.ini.xml.*") of a folder, full paths.
 std::vector<std::wstring> BackupFiles(const std::wstring& folder);
 
-// Dialog control helpers (same thread as the dialog, or across threads).
+// Dialog control helpers (same thread as the dialog, or across threads),
+// beside those of DialogScript.h.
 std::wstring ItemText(HWND dialog, int id);
-void SetItemText(HWND dialog, int id, const std::wstring& text);
 // A click as the user makes it (BM_CLICK): a check box toggles, a radio
 // button is chosen, and the dialog gets BN_CLICKED.
 void Click(HWND dialog, int id);
-bool IsChecked(HWND dialog, int id);
 bool IsEnabled(HWND dialog, int id);
 
 } // namespace test
