@@ -13,6 +13,7 @@
 #include "common/ErrorReport.h"
 #include "app/MenuFlags.h"
 #include "app/MessageLoop.h"
+#include "app/OptionsDialogRunner.h"
 #include "app/SingleInstance.h"
 #include "common/Exception.h"
 #include "common/Handle.h"
@@ -79,6 +80,7 @@ int RunBody(UniqueKernelHandle& mutex)
     });
     dummy->SetAddressSpaceEditor(std::move(editor));
     dummy->SetDatabaseExplorer(std::make_unique<CDatabaseExplorer>(*historian));
+    dummy->SetOptionsDialog(std::make_unique<COptionsDialogRunner>());
     dummy->SetSettingsAppliedHandler([&historian] { ConfigureHistorian(*historian, g_Settings); });
     if (!dummy->CreateEx())
         ThrowLastError(L"wndDummy.CreateEx ()");

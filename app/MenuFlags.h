@@ -3,6 +3,8 @@
 // line and from the presence of the server executable.
 #include <string>
 
+#include "config/Settings.h"   // kServerExecutableName
+
 namespace CL {
 
 struct MenuFlags {
@@ -13,7 +15,6 @@ struct MenuFlags {
     bool ServerPresent = true;      // the server submenu with Start and Stop
 };
 
-inline constexpr wchar_t kServerExecutableName[] = L"Morvane.exe";
 
 // Applies the switches "noas", "nohda", "noopt" and "noabout": each a whole
 // argument, compared without regard to case; argument 0 is skipped and

@@ -3,6 +3,7 @@
 // on every path, exceptions included. Move-only.
 #include <windows.h>
 #include <winsvc.h>
+#include <objbase.h>
 
 #include <utility>
 
@@ -77,6 +78,16 @@ struct LocalMemoryTraits {
     static Type Invalid() { return nullptr; }
     static void Close(Type h) { ::LocalFree(h); }
 };
+struct RegistryKeyTraits {
+    using Type = HKEY;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { ::RegCloseKey(h); }
+};
+struct CoTaskMemoryTraits {               // memory the COM task allocator gave out
+    using Type = void*;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type p) { ::CoTaskMemFree(p); }
+};
 
 using UniqueKernelHandle = UniqueHandle<KernelHandleTraits>;
 using UniqueFileHandle = UniqueHandle<FileHandleTraits>;
@@ -85,5 +96,7 @@ using UniqueMenu = UniqueHandle<MenuHandleTraits>;
 using UniqueGdiObject = UniqueHandle<GdiObjectTraits>;
 using UniqueIcon = UniqueHandle<IconHandleTraits>;
 using UniqueLocalMemory = UniqueHandle<LocalMemoryTraits>;
+using UniqueRegistryKey = UniqueHandle<RegistryKeyTraits>;
+using UniqueCoTaskMemory = UniqueHandle<CoTaskMemoryTraits>;
 
 } // namespace CL

@@ -41,6 +41,8 @@ extern const GUID kDefaultAEServerClsid;
 extern const GUID kDefaultCcmServerClsid;
 
 inline constexpr wchar_t kSettingsFileName[] = L"Morvane.ini.xml";
+// The server executable, beside the settings file.
+inline constexpr wchar_t kServerExecutableName[] = L"Morvane.exe";
 inline constexpr wchar_t kSettingsRootElement[] = L"Morvane_ini";
 }
 

@@ -11,7 +11,7 @@
 #include "common/Handle.h"
 #include "common/LocalTime.h"
 #include "common/Text.h"
-#include "common/WaitCursor.h"
+#include "common/ui/WaitCursor.h"
 #include "common/historian/Historian.h"
 #include "historian/dlgHistData.h"
 #include "historian/PickerTime.h"

@@ -9,7 +9,7 @@
 #include "common/Exception.h"
 #include "common/LocalTime.h"
 #include "common/Text.h"
-#include "common/WaitCursor.h"
+#include "common/ui/WaitCursor.h"
 #include "common/historian/Historian.h"
 #include "historian/HistorianAccess.h"
 #include "historian/HistoryExport.h"

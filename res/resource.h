@@ -20,3 +20,4 @@
 #include "resource_editor.h"
 #include "resource_csv.h"
 #include "resource_histwin.h"
+#include "resource_options.h"
