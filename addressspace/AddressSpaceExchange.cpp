@@ -1,6 +1,6 @@
 #include "addressspace/AddressSpaceExchange.h"
 
-#include "app/ServiceControl.h"
+#include "common/ServiceControl.h"
 #include "common/Exception.h"
 #include "common/Handle.h"
 #include "config/Settings.h"

@@ -7,7 +7,7 @@
 #include "app/AboutDlg.h"
 #include "common/DiagnosticLog.h"
 #include "common/ErrorReport.h"
-#include "app/ServiceControl.h"
+#include "common/ServiceControl.h"
 #include "common/Exception.h"
 #include "config/Settings.h"
 #include "res/resource.h"
@@ -296,8 +296,11 @@ void CDummyWnd::OnMnOptions()
         }
         if (!m_options->Run(::GetActiveWindow()))
             return;
+        // The settings are in force now: a reload that fails (no exchange
+        // file, say) is reported on its own and does not keep the historian
+        // on the old settings.
         if (m_wndMain)
-            m_wndMain->ReloadFromFile();
+            CL::RunReported([this] { m_wndMain->ReloadFromFile(); });
         if (m_settingsApplied)
             m_settingsApplied();
     });

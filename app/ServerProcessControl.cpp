@@ -1,6 +1,6 @@
 #include "app/ServerProcessControl.h"
 
-#include "app/ServiceControl.h"
+#include "common/ServiceControl.h"
 #include "common/ProcessRun.h"
 
 namespace CL {

@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "app/DummyWnd.h"
-#include "app/ServiceControl.h"
-#include "app/ServiceManager.h"
+#include "common/ServiceControl.h"
+#include "common/ServiceManager.h"
 #include "common/Exception.h"
 #include "common/Handle.h"
 #include "common/Text.h"

@@ -2,7 +2,7 @@
 // server simulator registered as the service.
 #include <gtest/gtest.h>
 
-#include "app/ServiceControl.h"
+#include "common/ServiceControl.h"
 #include "common/Exception.h"
 #include "support/ServerSimulator.h"
 #include "support/TestSupport.h"

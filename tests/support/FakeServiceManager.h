@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "app/ServiceManager.h"
+#include "common/ServiceManager.h"
 
 namespace test {
 

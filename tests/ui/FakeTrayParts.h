@@ -5,6 +5,8 @@
 // windows so that minimising, restoring and destroying are the system's.
 #include <windows.h>
 
+#include "common/Exception.h"
+
 #include "app/AddressSpaceEditorPart.h"
 #include "app/DatabaseExplorerPart.h"
 #include "app/OptionsDialogPart.h"
@@ -34,6 +36,7 @@ struct EditorCounters {
     int prepared = 0;
     int created = 0;
     int reloaded = 0;
+    bool reloadFails = false;
     HWND window = nullptr;
 };
 
@@ -58,7 +61,12 @@ public:
         m_counters.window = CreatePlainWindow(L"OPC Address Space (test editor)");
         return m_counters.window != nullptr;
     }
-    void ReloadFromFile() override { ++m_counters.reloaded; }
+    void ReloadFromFile() override
+    {
+        ++m_counters.reloaded;
+        if (m_counters.reloadFails)
+            throw CL::CException(E_FAIL, L"Error loading OPC Address Space file.");
+    }
 
 private:
     EditorCounters& m_counters;

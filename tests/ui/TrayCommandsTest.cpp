@@ -421,6 +421,22 @@ TEST_F(OptionsEntry, AcceptedOptionsReloadTheEditorAndApplyTheSettings)
     EXPECT_EQ(applied, 1);
 }
 
+TEST_F(OptionsEntry, AFailedReloadOfTheEditorIsReportedAndTheSettingsAreStillApplied)
+{
+    int applied = 0;
+    editor.reloadFails = true;
+    AddEditor();
+    AddOptions(true);
+    window.SetSettingsAppliedHandler([&] { ++applied; });
+    ASSERT_TRUE(window.CreateEx());
+    test::MessageBoxAnswerer answerer;
+    Command(window, ID_MN_OPTIONS);
+    EXPECT_EQ(editor.reloaded, 1);
+    EXPECT_EQ(applied, 1) << "the historian follows the new settings although the editor could not reload";
+    ASSERT_EQ(answerer.Seen().size(), 1u);
+    EXPECT_NE(answerer.Seen()[0].text.find(L"Error loading OPC Address Space file."), std::wstring::npos);
+}
+
 TEST_F(OptionsEntry, CancelledOptionsChangeNothing)
 {
     int applied = 0;

@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "addressspace/AddressSpaceExchange.h"
-#include "app/ServiceControl.h"
+#include "common/ServiceControl.h"
 #include "config/Settings.h"
 #include "support/FakeServiceManager.h"
 #include "support/TestSupport.h"

@@ -6,7 +6,7 @@
 
 #include <functional>
 
-#include "app/ServiceControl.h"
+#include "common/ServiceControl.h"
 #include "common/Exception.h"
 #include "support/FakeServiceManager.h"
 

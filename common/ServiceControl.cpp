@@ -1,9 +1,9 @@
-#include "app/ServiceControl.h"
+#include "common/ServiceControl.h"
 
 #include <vector>
 
-#include "app/ServiceHandle.h"
-#include "app/ServiceManager.h"
+#include "common/ServiceHandle.h"
+#include "common/ServiceManager.h"
 #include "common/Exception.h"
 
 namespace CL {

@@ -1,4 +1,4 @@
-#include "app/ServiceManager.h"
+#include "common/ServiceManager.h"
 
 namespace CL {
 

@@ -5,7 +5,7 @@
 // CloseServiceHandle.) Move-only.
 #include <utility>
 
-#include "app/ServiceManager.h"
+#include "common/ServiceManager.h"
 
 namespace CL {
 
