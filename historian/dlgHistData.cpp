@@ -2,6 +2,7 @@
 
 #include <commdlg.h>
 
+#include <memory>
 #include <vector>
 
 #include "common/DiagnosticLog.h"
@@ -70,6 +71,33 @@ void CdlgHistData::InitControls()
     m_anchors.Anchor(IDC_HISTDATA_ITEM, CL::CDialogAnchors::kGrowX);
     m_anchors.Anchor(IDC_HISTDATA_LIST, CL::CDialogAnchors::kGrowX | CL::CDialogAnchors::kGrowY);
     m_anchors.Anchor(IDC_HISTDATA_STATUS, CL::CDialogAnchors::kMoveY | CL::CDialogAnchors::kGrowX);
+
+    // The chart shares the list's area, below it, next in the tab order.
+    m_chart.Create(Hwnd(), IDC_HISTDATA_CHART);
+    m_chart.Clear(m_itemId);
+    ::SetWindowPos(m_chart, m_list, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    ::CheckDlgButton(Hwnd(), IDC_HISTDATA_CHART_SHOW, BST_CHECKED);
+    ArrangeChart();
+}
+
+void CdlgHistData::ArrangeChart()
+{
+    if (!m_chart.IsWindow())
+        return;
+    m_anchors.Arrange();
+    RECT area;
+    ::GetWindowRect(m_list, &area);
+    ::MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&area), 2);
+    const bool shown = ::IsDlgButtonChecked(Hwnd(), IDC_HISTDATA_CHART_SHOW) == BST_CHECKED;
+    ::ShowWindow(m_chart, shown ? SW_SHOWNA : SW_HIDE);
+    if (!shown)
+        return;
+    // The list keeps two fifths of the height, the chart the rest.
+    const int gap = 4;
+    const int listHeight = (area.bottom - area.top - gap) * 2 / 5;
+    ::MoveWindow(m_list, area.left, area.top, area.right - area.left, listHeight, TRUE);
+    ::MoveWindow(m_chart, area.left, area.top + listHeight + gap, area.right - area.left,
+                 area.bottom - area.top - listHeight - gap, TRUE);
 }
 
 void CdlgHistData::PresetBound(int checkId, int pickerId, int state, DATE date)
@@ -103,6 +131,9 @@ bool CdlgHistData::OnCommand(WORD id, WORD code, HWND /*control*/)
     case IDC_TIMEPERIOD_CHK_TO:
         OnBnClickedChkTo();
         return true;
+    case IDC_HISTDATA_CHART_SHOW:
+        OnBnClickedChkChart();
+        return true;
     case IDOK:
     case IDCANCEL:
         EndDialog(id);
@@ -124,6 +155,7 @@ INT_PTR CdlgHistData::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
     }
     case WM_SIZE:
         m_anchors.Arrange();
+        ArrangeChart();
         return TRUE;
     case WM_GETMINMAXINFO:
         m_anchors.LimitSize(reinterpret_cast<MINMAXINFO*>(lParam));
@@ -170,6 +202,12 @@ void CdlgHistData::OnBnClickedChkFrom()
     CL::RunReported([this] { SyncPicker(IDC_TIMEPERIOD_CHK_FROM, IDC_TIMEPERIOD_FROM); });
 }
 
+void CdlgHistData::OnBnClickedChkChart()
+{
+    Log(3, "CdlgHistData::OnBnClickedChkChart" + MV_POS());
+    CL::RunReported([this] { ArrangeChart(); });
+}
+
 void CdlgHistData::OnBnClickedChkTo()
 {
     Log(3, "CdlgHistData::OnBnClickedChkTo" + MV_POS());
@@ -199,8 +237,11 @@ void CdlgHistData::OnBnClickedBtnRefresh()
         CL::CWaitCursor wait;
         m_rows.Clear();
         m_list.Reset();
+        m_chart.Clear(m_itemId);
         ::SetDlgItemTextW(Hwnd(), IDC_HISTDATA_STATUS, L"");
-        const CL::CHistorianValues values = Read();
+        const auto read = std::make_shared<const CL::CHistorianValues>(Read());
+        const CL::CHistorianValues& values = *read;
+        m_chart.SetValues(read, m_itemId);
         try {
             m_rows.Assign(values);
         } catch (...) {

@@ -17,3 +17,4 @@
 #define ID_MN_STOP_SERVER        32821 // "Stop"
 #define ID_MN_SHUTDOWN           206   // "Exit"
 #include "resource_histwin.h"
+#include "resource_chart.h"
