@@ -400,13 +400,16 @@ void CTrendChart::CopyToClipboard()
 void CTrendChart::SaveAsPng(const std::wstring& path)
 {
     const SIZE size = PictureSize();
-    Gdiplus::Bitmap picture(size.cx, size.cy, PixelFormat32bppARGB);
-    if (picture.GetLastStatus() != Gdiplus::Ok)
-        throw CException(E_OUTOFMEMORY, L"Gdiplus::Bitmap (cx, cy, PixelFormat32bppARGB)");
+    CWindowDc screen(Hwnd());
+    CMemoryCanvas canvas(screen.Dc(), size.cx, size.cy);
     {
-        Gdiplus::Graphics g(&picture);
+        Gdiplus::Graphics g(canvas.Dc());
         m_renderer->Draw(g, Gdiplus::Rect(0, 0, size.cx, size.cy), m_series, MakeFrame(true));
     }
+    const UniqueGdiObject bitmap(canvas.Release());
+    Gdiplus::Bitmap picture(static_cast<HBITMAP>(bitmap.get()), nullptr);
+    if (picture.GetLastStatus() != Gdiplus::Ok)
+        throw CException(E_OUTOFMEMORY, L"Gdiplus::Bitmap (hBitmap, NULL)");
     const CLSID png = PngEncoder();
     if (picture.Save(path.c_str(), &png, nullptr) != Gdiplus::Ok)
         throw CException(E_FAIL, L"picture.Save (szFile, &pngEncoder)");

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "common/Exception.h"
+#include "common/Handle.h"
 
 namespace CL {
 
@@ -22,6 +23,18 @@ Gdiplus::Color SystemColor(int index)
 {
     const COLORREF c = ::GetSysColor(index);
     return Gdiplus::Color(255, GetRValue(c), GetGValue(c), GetBValue(c));
+}
+
+COLORREF ColorRef(const Gdiplus::Color& c)
+{
+    return RGB(c.GetR(), c.GetG(), c.GetB());
+}
+
+// A pixel position for GDI, off-plot positions kept far but finite.
+POINT DevicePoint(double x, double y)
+{
+    return POINT{static_cast<LONG>(std::lround(std::clamp(x, -kFarPixels, kFarPixels))),
+                 static_cast<LONG>(std::lround(std::clamp(y, -kFarPixels, kFarPixels)))};
 }
 
 size_t LineCount(const std::wstring& text)
@@ -204,39 +217,68 @@ void CTrendRenderer::DrawSeries(Gdiplus::Graphics& g, const Layout& layout, cons
                                 bool everyPoint) const
 {
     const Gdiplus::Rect& plot = layout.plot;
-    // Each pixel column's middle: GDI+ puts pixel centres on whole coordinates.
+    // x = plot.X + column: each pixel column's whole coordinate.
     series.Reduce(layout.from, layout.to, plot.X - 0.5, plot.Width, everyPoint, m_path);
-    g.SetSmoothingMode(Gdiplus::SmoothingModeAntiAlias);
-    g.SetClip(plot);
-    Gdiplus::Pen line(LineColor(), 1.0f);
-    Gdiplus::SolidBrush dot(LineColor());
+
+    // The line and the markers go through GDI: one call for all polylines
+    // and one for all markers, as fast for thousands of points as for ten.
+    std::vector<POINT> points;
+    std::vector<DWORD> counts;
+    std::vector<POINT> dots;
+    points.reserve(m_path.x.size());
     // Few points: each one is marked so that the samples can be told apart.
-    const bool dots = m_path.visiblePoints * 6 <= static_cast<size_t>(plot.Width);
-    std::vector<Gdiplus::PointF> points;
+    const bool dotEach = m_path.visiblePoints * 6 <= static_cast<size_t>(plot.Width);
     for (size_t k = 0; k < m_path.PolylineCount(); ++k) {
         const auto [begin, end] = m_path.Polyline(k);
-        points.clear();
+        const size_t first = points.size();
         for (size_t i = begin; i < end; ++i)
-            points.emplace_back(Pixel(m_path.x[i]), Pixel(layout.YOfValue(m_path.value[i])));
-        if (points.size() > 1)
-            g.DrawLines(&line, points.data(), static_cast<INT>(points.size()));
-        if (points.size() == 1 || dots)
-            for (const Gdiplus::PointF& p : points)
-                g.FillEllipse(&dot, p.X - 2.0f, p.Y - 2.0f, 4.0f, 4.0f);
+            points.push_back(DevicePoint(m_path.x[i], layout.YOfValue(m_path.value[i])));
+        if (end - begin > 1)
+            counts.push_back(static_cast<DWORD>(end - begin));
+        else
+            points.resize(first);
+        if (end - begin == 1 || dotEach)
+            for (size_t i = begin; i < end; ++i)
+                dots.push_back(DevicePoint(m_path.x[i], layout.YOfValue(m_path.value[i])));
     }
-    Gdiplus::Pen bad(BadColor(), 1.5f);
+    std::vector<POINT> crosses;
+    std::vector<DWORD> crossCounts;
     for (const CTrendPath::Marker& marker : m_path.markers) {
-        const float x = Pixel(marker.x);
-        const float low = Pixel(layout.YOfValue(marker.low));
-        const float high = Pixel(layout.YOfValue(marker.high));
-        for (float y : {low, high}) {
-            g.DrawLine(&bad, x - 3.5f, y - 3.5f, x + 3.5f, y + 3.5f);
-            g.DrawLine(&bad, x - 3.5f, y + 3.5f, x + 3.5f, y - 3.5f);
+        const POINT low = DevicePoint(marker.x, layout.YOfValue(marker.low));
+        const POINT high = DevicePoint(marker.x, layout.YOfValue(marker.high));
+        // A cross two pixels thick of one-pixel lines (cosmetic pens are the
+        // fast ones), at the smallest and, when it differs, the largest value.
+        for (const POINT& p : {low, high}) {
+            for (LONG dx : {0, 1})
+                crosses.insert(crosses.end(), {{p.x - 4 + dx, p.y - 4}, {p.x + 5 + dx, p.y + 5},
+                                               {p.x - 4 + dx, p.y + 4}, {p.x + 5 + dx, p.y - 5}});
+            crossCounts.insert(crossCounts.end(), {2, 2, 2, 2});
+            if (low.y == high.y)
+                break;
         }
-        if (low != high)
-            g.DrawLine(&bad, x, low, x, high);
+        if (low.y != high.y) {
+            crosses.insert(crosses.end(), {low, high});
+            crossCounts.push_back(2);
+        }
     }
-    g.ResetClip();
+
+    const HDC dc = g.GetHDC();
+    const int saved = ::SaveDC(dc);
+    ::IntersectClipRect(dc, plot.X, plot.Y, plot.GetRight(), plot.GetBottom());
+    const UniqueGdiObject linePen(::CreatePen(PS_SOLID, 1, ColorRef(LineColor())));
+    const UniqueGdiObject lineBrush(::CreateSolidBrush(ColorRef(LineColor())));
+    const UniqueGdiObject badPen(::CreatePen(PS_SOLID, 1, ColorRef(BadColor())));
+    ::SelectObject(dc, linePen.get());
+    if (!counts.empty())
+        ::PolyPolyline(dc, points.data(), counts.data(), static_cast<DWORD>(counts.size()));
+    ::SelectObject(dc, lineBrush.get());
+    for (const POINT& p : dots)
+        ::Ellipse(dc, p.x - 2, p.y - 2, p.x + 3, p.y + 3);
+    ::SelectObject(dc, badPen.get());
+    if (!crossCounts.empty())
+        ::PolyPolyline(dc, crosses.data(), crossCounts.data(), static_cast<DWORD>(crossCounts.size()));
+    ::RestoreDC(dc, saved);
+    g.ReleaseHDC(dc);
 }
 
 void CTrendRenderer::DrawOverlay(Gdiplus::Graphics& g, const Layout& layout, const CTrendSeries& series,

@@ -18,26 +18,52 @@ constexpr double kSecond = 1.0 / 86400;
 constexpr WORD kGood = 192;
 constexpr WORD kBad = 0x40;
 
+// A 32-bit top-down DIB section in a memory DC, as the window paints into,
+// with a GDI+ surface on it and its pixels readable.
 class Canvas {
 public:
-    Canvas(int width, int height) : m_bitmap(width, height, PixelFormat32bppARGB), m_graphics(&m_bitmap)
+    Canvas(int width, int height) : m_width(width), m_height(height), m_dc(::CreateCompatibleDC(nullptr))
     {
-        Gdiplus::SolidBrush white(Gdiplus::Color(255, 255, 255, 255));
-        m_graphics.FillRectangle(&white, 0, 0, width, height);
+        BITMAPINFO info = {};
+        info.bmiHeader.biSize = sizeof info.bmiHeader;
+        info.bmiHeader.biWidth = width;
+        info.bmiHeader.biHeight = -height;
+        info.bmiHeader.biPlanes = 1;
+        info.bmiHeader.biBitCount = 32;
+        info.bmiHeader.biCompression = BI_RGB;
+        void* bits = nullptr;
+        m_bitmap = ::CreateDIBSection(m_dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+        m_bits = static_cast<const DWORD*>(bits);
+        m_previous = ::SelectObject(m_dc, m_bitmap);
+        const RECT all = {0, 0, width, height};
+        ::FillRect(m_dc, &all, static_cast<HBRUSH>(::GetStockObject(WHITE_BRUSH)));
+        m_graphics = std::make_unique<Gdiplus::Graphics>(m_dc);
     }
-    Gdiplus::Graphics& Graphics() { return m_graphics; }
+    ~Canvas()
+    {
+        m_graphics.reset();
+        ::SelectObject(m_dc, m_previous);
+        ::DeleteObject(m_bitmap);
+        ::DeleteDC(m_dc);
+    }
+    Gdiplus::Graphics& Graphics() { return *m_graphics; }
     Gdiplus::Color Pixel(int x, int y)
     {
-        Gdiplus::Color c;
-        m_bitmap.GetPixel(x, y, &c);
-        return c;
+        m_graphics->Flush(Gdiplus::FlushIntentionSync);
+        ::GdiFlush();
+        const DWORD bgr = m_bits[static_cast<size_t>(y) * m_width + x];
+        return Gdiplus::Color(255, (bgr >> 16) & 0xFF, (bgr >> 8) & 0xFF, bgr & 0xFF);
     }
-    int Width() { return static_cast<int>(m_bitmap.GetWidth()); }
-    int Height() { return static_cast<int>(m_bitmap.GetHeight()); }
+    int Width() const { return m_width; }
+    int Height() const { return m_height; }
 
 private:
-    Gdiplus::Bitmap m_bitmap;
-    Gdiplus::Graphics m_graphics;
+    int m_width, m_height;
+    HDC m_dc;
+    HBITMAP m_bitmap = nullptr;
+    HGDIOBJ m_previous = nullptr;
+    const DWORD* m_bits = nullptr;
+    std::unique_ptr<Gdiplus::Graphics> m_graphics;
 };
 
 // Mostly the line's blue (anti-aliased edges included).
