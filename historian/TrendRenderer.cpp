@@ -109,7 +109,13 @@ CTrendRenderer::Layout CTrendRenderer::Arrange(Gdiplus::Graphics& g, const Gdipl
     const float height = std::max(bottom - top, 1.0f);
 
     double low = 0.0, high = 1.0;
-    series.ValueRange(layout.from, layout.to, low, high);
+    if (series.ValueRange(layout.from, layout.to, low, high) && high > low) {
+        // A little room above and below, so that the extremes are not drawn
+        // on the frame; none below zero for values that are never negative.
+        const double pad = (high / 2 - low / 2) / 25;
+        low = low >= 0.0 ? std::max(low - pad, 0.0) : low - pad;
+        high += pad;
+    }
     layout.values = NiceValueAxis(low, high, std::max(2, static_cast<int>(height / (m.lineHeight * 2.5f))));
     float labelWidth = 0.0f;
     for (double tick : layout.values.ticks) {

@@ -2,6 +2,8 @@
 
 #include <commdlg.h>
 
+#include <algorithm>
+
 #include <memory>
 #include <vector>
 
@@ -73,6 +75,8 @@ void CdlgHistData::InitControls()
     m_anchors.Anchor(IDC_HISTDATA_STATUS, CL::CDialogAnchors::kMoveY | CL::CDialogAnchors::kGrowX);
 
     // The chart shares the list's area, below it, next in the tab order.
+    m_splitBar.Create(Hwnd(), IDC_HISTDATA_CHART_BAR);
+    m_splitBar.onDrag = [this](int top) { OnSplitBarDrag(top); };
     m_chart.Create(Hwnd(), IDC_HISTDATA_CHART);
     m_chart.Clear(m_itemId);
     ::SetWindowPos(m_chart, m_list, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
@@ -82,7 +86,7 @@ void CdlgHistData::InitControls()
 
 void CdlgHistData::ArrangeChart()
 {
-    if (!m_chart.IsWindow())
+    if (!m_chart.IsWindow() || !m_splitBar.IsWindow())
         return;
     m_anchors.Arrange();
     RECT area;
@@ -90,14 +94,29 @@ void CdlgHistData::ArrangeChart()
     ::MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&area), 2);
     const bool shown = ::IsDlgButtonChecked(Hwnd(), IDC_HISTDATA_CHART_SHOW) == BST_CHECKED;
     ::ShowWindow(m_chart, shown ? SW_SHOWNA : SW_HIDE);
+    ::ShowWindow(m_splitBar, shown ? SW_SHOWNA : SW_HIDE);
     if (!shown)
         return;
-    // The list keeps two fifths of the height, the chart the rest.
-    const int gap = 4;
-    const int listHeight = (area.bottom - area.top - gap) * 2 / 5;
+    const int height = area.bottom - area.top;
+    const int bar = CL::CSplitBar::kHeight;
+    if (m_chartHeight == 0)
+        m_chartHeight = (height - bar) * 3 / 5;   // at first the chart has three fifths
+    // Each pane keeps some room, as far as the area allows.
+    const int least = std::min(60, (height - bar) / 2);
+    const int chart = std::clamp(m_chartHeight, least, std::max(height - bar - least, least));
+    const int listHeight = height - bar - chart;
     ::MoveWindow(m_list, area.left, area.top, area.right - area.left, listHeight, TRUE);
-    ::MoveWindow(m_chart, area.left, area.top + listHeight + gap, area.right - area.left,
-                 area.bottom - area.top - listHeight - gap, TRUE);
+    ::MoveWindow(m_splitBar, area.left, area.top + listHeight, area.right - area.left, bar, TRUE);
+    ::MoveWindow(m_chart, area.left, area.top + listHeight + bar, area.right - area.left, chart, TRUE);
+}
+
+void CdlgHistData::OnSplitBarDrag(int top)
+{
+    RECT chart;
+    ::GetWindowRect(m_chart, &chart);
+    ::MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&chart), 2);
+    m_chartHeight = chart.bottom - (top + CL::CSplitBar::kHeight);
+    ArrangeChart();
 }
 
 void CdlgHistData::PresetBound(int checkId, int pickerId, int state, DATE date)

@@ -17,6 +17,7 @@
 #include "common/Window.h"
 #include "common/historian/HistorianValues.h"
 #include "common/ui/ReportList.h"
+#include "common/ui/SplitBar.h"
 #include "historian/HistDataRows.h"
 #include "historian/TrendChart.h"
 
@@ -61,9 +62,11 @@ private:
     void InitControls();
     void PresetBound(int checkId, int pickerId, int state, DATE date);
     void SyncPicker(int checkId, int pickerId);
-    // Places the list and, when shown, the chart below it in the list's
-    // anchored area.
+    // Places the list and, when shown, the bar and the chart below it in
+    // the list's anchored area: the chart keeps its height as the window is
+    // resized (the list takes the difference) until the bar is dragged.
     void ArrangeChart();
+    void OnSplitBarDrag(int top);
     // Reads the controls into the dialog's state and the item's values
     // within them from the historian.
     CL::CHistorianValues Read();
@@ -74,6 +77,8 @@ private:
     CL::CReportList m_list;
     CL::CHistDataRows m_rows;
     CL::CTrendChart m_chart;
+    CL::CSplitBar m_splitBar;
+    int m_chartHeight = 0;   // pixels; 0: not yet placed
     CL::CDialogAnchors m_anchors;
 };
 

@@ -9,3 +9,4 @@
 #define ID_TREND_SHOW_ALL            33500 // "Show all"
 #define ID_TREND_COPY                33501 // "Copy"
 #define ID_TREND_SAVE_PNG            33502 // "Save as PNG..."
+#define IDC_HISTDATA_CHART_BAR       1502  // the bar between the list and the chart
