@@ -3,6 +3,10 @@ BUILD      ?= build
 BUILD64    := $(BUILD)/x86_64
 BUILD32    := $(BUILD)/i686
 JOBS       ?= $(shell nproc)
+# The zone of the second, local-time pass of 'make test' (ZONE_PASS=0 skips it;
+# it runs only when the whole suite runs, i.e. without CTEST_ARGS).
+TEST_ZONE  ?= Europe/Berlin
+ZONE_PASS  ?= 1
 
 .PHONY: all deps build build-i686 test run bench clean
 
@@ -24,9 +28,12 @@ $(BUILD32)/Makefile:
 build-i686: deps $(BUILD32)/Makefile
 	cmake --build $(BUILD32) -j $(JOBS)
 
-# Every test under Wine, in one private prefix, display and wineserver.
+# Every test under Wine, in one private prefix, display and wineserver; then
+# the local-time tests once more in a session started in another time zone.
 test: build
 	scripts/with-wine.sh $(BUILD64) ctest --test-dir $(BUILD64) --output-on-failure -j 2 $(CTEST_ARGS)
+	@if [ "$(ZONE_PASS)" = 1 ] && [ -z "$(CTEST_ARGS)" ]; then \
+	    MORVANE_TZ=$(TEST_ZONE) scripts/with-wine.sh $(BUILD64) scripts/test-other-zone.sh $(BUILD64); fi
 
 # The control panel in a demo installation folder.
 run: build

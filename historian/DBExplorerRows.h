@@ -31,6 +31,8 @@ public:
 
     size_t RowCount() const override { return m_rows.size(); }
     std::wstring CellText(size_t row, int column) const override;
+    // Less gives every column's rule (parsed times, numbers, code units).
+    bool ComparesByText(int /*column*/) const override { return false; }
     bool Less(size_t a, size_t b, int column) const override;
 
     // The text of a count read as an unsigned decimal number (digits from

@@ -6,6 +6,7 @@
 // before "9" and times sort by their day field first.
 #include <windows.h>
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -34,6 +35,8 @@ public:
 
     size_t RowCount() const override { return m_rows.size(); }
     std::wstring CellText(size_t row, int column) const override;
+    // Every column compares its texts, through Less without copying them.
+    bool ComparesByText(int /*column*/) const override { return false; }
     bool Less(size_t a, size_t b, int column) const override;
 
 private:
@@ -42,7 +45,11 @@ private:
         std::wstring time;
         const std::wstring* type;      // one name per variant type, in m_typeNames
         const std::wstring* quality;   // m_good or m_notGood
+        uint64_t timeKey;              // the time text's digits as one number
     };
+    // The digits of a time text read as one decimal number. Every time text
+    // has the same fixed-width layout, so two keys compare as their texts do.
+    static uint64_t DigitKey(const std::wstring& text);
     const std::wstring& Text(const Row& row, int column) const;
 
     std::vector<Row> m_rows;

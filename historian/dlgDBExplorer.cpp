@@ -125,9 +125,9 @@ LRESULT CdlgDBExplorer::OnCreate()
         const HICON icon = ::LoadIconW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDI_MAIN));
         ::SendMessageW(Hwnd(), WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(icon));
         ::SendMessageW(Hwnd(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(icon));
-        m_list.SetColumns({{L"Item ID", 260},
-                           {L"Earliest value time", 160},
-                           {L"Latest value time", 160},
+        m_list.SetColumns({{L"Item ID", 240},
+                           {L"Earliest value time", 175},
+                           {L"Latest value time", 175},
                            {L"Value count", 90, LVCFMT_RIGHT}});
         m_rows.Clear();
         m_list.SetRows(&m_rows);

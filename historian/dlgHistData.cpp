@@ -48,7 +48,9 @@ BOOL CdlgHistData::OnInitDialog()
     MV_CHECK(::SetDlgItemTextW(Hwnd(), IDC_HISTDATA_ITEM, m_itemId.c_str()));
     MV_CHECK(::SetDlgItemInt(Hwnd(), IDC_HISTDATA_MAX_COUNT, m_maxCount, TRUE));
     CL::RunReported([this] { InitControls(); });
-    return TRUE;
+    // Enter shows the data.
+    ::SetFocus(GetDlgItem(IDC_HISTDATA_BTN_REFRESH));
+    return FALSE;
 }
 
 void CdlgHistData::InitControls()
@@ -64,7 +66,7 @@ void CdlgHistData::InitControls()
     m_list.Attach(GetDlgItem(IDC_HISTDATA_LIST));
     ::SendMessageW(m_list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP,
                    LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP);
-    m_list.SetColumns({{L"Value", 170}, {L"Time (UTC)", 160}, {L"Var. type", 110}, {L"Quality", 80}});
+    m_list.SetColumns({{L"Value", 170}, {L"Time (UTC)", 175}, {L"Var. type", 110}, {L"Quality", 80}});
     m_rows.Clear();
     m_list.SetRows(&m_rows);
     m_list.Reset();

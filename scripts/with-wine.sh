@@ -6,6 +6,9 @@
 #   - one persistent wineserver for the whole run, so services and processes
 #     survive between test programs,
 #   - the locale pinned so that number formats are the same everywhere,
+#   - the time zone pinned to UTC, or to MORVANE_TZ when it is set (Wine
+#     takes the zone from TZ when its session starts; the local-time tests
+#     run once more in another zone this way),
 #   - the historian's test databases: a user ODBC data source file
 #     (ODBCINI, inside the build directory) with the data source
 #     "MorvaneTestDsn" (SQLite, for the ADO tests), and a private PostgreSQL
@@ -19,7 +22,8 @@
 set -u
 BUILD_DIR=$(realpath "$1"); shift
 
-export LANG=C.UTF-8 LC_ALL=C.UTF-8 TZ=UTC
+export LANG=C.UTF-8 LC_ALL=C.UTF-8 TZ="${MORVANE_TZ:-UTC}"
+[ -n "${MORVANE_TZ:-}" ] && export MORVANE_TZ
 export WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=,winemenubuilder.exe=d"
 export WINEPREFIX="$BUILD_DIR/wineprefix"
 export MORVANE_BUILD_DIR="$BUILD_DIR"
