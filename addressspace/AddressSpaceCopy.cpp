@@ -1,0 +1,42 @@
+#include "addressspace/AddressSpaceCopy.h"
+
+namespace CL {
+
+namespace {
+
+using BranchPtr = CSmartPtr<COPCServerAddressSpaceBranch>;
+using ItemPtr = CSmartPtr<COPCItem>;
+
+ItemPtr CopyItem(const COPCItem& item)
+{
+    ItemPtr copy = ItemPtr::Make(item.AccessRights(), item.ScanRate(), item.Archive(), item.Quality(),
+                                 item.CanonicalDataType(), item.Owner());
+    copy->Rename(item.Name().c_str());
+    copy->SetValue(item.Value());
+    copy->SetValueTime(item.ValueTime());
+    return copy;
+}
+
+void CopyChildren(const COPCServerAddressSpaceBranch& from, COPCServerAddressSpaceBranch& to)
+{
+    for (const ItemPtr& item : from.Items())
+        to.AddItem(CopyItem(*item));
+    for (const BranchPtr& branch : from.Branches()) {
+        BranchPtr copy = BranchPtr::Make(branch->Name());
+        to.AddBranch(copy);
+        CopyChildren(*branch, *copy);
+    }
+}
+
+} // namespace
+
+CSmartPtr<COPCServerAddressSpace> CopyAddressSpace(const COPCServerAddressSpace& space)
+{
+    auto copy = CSmartPtr<COPCServerAddressSpace>::Make();
+    CopyChildren(*space.RootBranch(), *copy->RootBranch());
+    for (const AeCondition& condition : space.Conditions())
+        copy->AddCondition(condition);
+    return copy;
+}
+
+} // namespace CL

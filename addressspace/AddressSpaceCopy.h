@@ -1,0 +1,12 @@
+#pragma once
+// A deep copy of an address space: new branches and items with the same
+// names, settings, values, qualities and times, and the same conditions.
+// Edits that must not touch the original until confirmed work on a copy.
+#include "addressspace/OPCServerAddressSpace.h"
+#include "common/SmartPtr.h"
+
+namespace CL {
+
+CSmartPtr<COPCServerAddressSpace> CopyAddressSpace(const COPCServerAddressSpace& space);
+
+} // namespace CL

@@ -1,0 +1,91 @@
+#pragma once
+// The address space as comma-separated values, for bulk editing in a
+// spreadsheet. One record per item, in tree order (a branch's items, then
+// its sub-branches), under a header naming the columns:
+//   Path, Data type, Value, Readable, Writable, Archive, Scan rate
+// Path: the names of the item's branches below the root and its own name
+// joined with "."; a "." or "\" inside a name is written "\." or "\\", so
+// every path splits back into the same names. Data type: the type's VT name
+// ("VT_R8", "VT_I4 | VT_ARRAY"). Value: the value as text, array elements
+// one per line. Readable, Writable, Archive: 1 or 0. Scan rate: milliseconds.
+// The file is UTF-8 with a byte order mark, CR LF between records.
+//
+// Reading builds an import plan first: every record that can be taken, and
+// every one that cannot with its line and the reason; nothing touches an
+// address space until the plan is applied.
+#include <windows.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "addressspace/OPCServerAddressSpace.h"
+#include "common/Variant.h"
+
+namespace CL {
+
+// The column names of the header, in the order export writes them.
+extern const wchar_t* const kCsvColumns[7];
+
+// The whole file: BOM, header and one record per item. Throws CException
+// when an item's value cannot be turned into text.
+std::string ExportAddressSpaceCsv(const COPCServerAddressSpace& space);
+
+// A path split into its names ("\." and "\\" taken back); false with the
+// reason for an empty name or an escape other than those two.
+bool SplitItemPath(std::wstring_view path, std::vector<std::wstring>& names, std::wstring& reason);
+// The names joined into a path, each "." and "\" escaped.
+std::wstring JoinItemPath(const std::vector<std::wstring>& names);
+
+// What a column that the file lacks gives each item (the item dialog's
+// values for a new item).
+struct CsvItemDefaults {
+    VARTYPE dataType = VT_I4;
+    bool readable = true;
+    bool writable = true;
+    bool archive = false;
+    DWORD scanRate = 1000;
+};
+
+struct CsvItem {
+    size_t line = 0;
+    std::vector<std::wstring> branches;   // from the root down
+    std::wstring name;
+    VARTYPE dataType = VT_EMPTY;
+    CVariant value;
+    bool readable = false;
+    bool writable = false;
+    bool archive = false;
+    DWORD scanRate = 0;
+};
+
+struct CsvRejectedLine {
+    size_t line = 0;
+    std::wstring reason;
+};
+
+struct CsvImportPlan {
+    std::vector<CsvItem> items;
+    std::vector<CsvRejectedLine> rejected;
+};
+
+// Reads the file's bytes (UTF-8, with or without a byte order mark) into a
+// plan. A file that is not UTF-8 text, has no header, or whose header lacks
+// "Path" or names a column twice throws CException: nothing in it can be
+// taken.
+CsvImportPlan ReadAddressSpaceCsv(std::string_view bytes, const CsvItemDefaults& defaults = {});
+
+struct CsvImportResult {
+    size_t added = 0;
+    size_t updated = 0;
+    size_t leftAlone = 0;   // existing items not updated
+    size_t branchesCreated = 0;
+};
+
+// Applies the plan's items to the address space in file order: the branches
+// along each path are created as needed, new items added with quality 192
+// (good) and the current time; an item that exists (its name ignoring
+// letter case) is updated when updateExisting, else left alone and counted.
+CsvImportResult ApplyCsvImport(const CsvImportPlan& plan, COPCServerAddressSpace& space, bool updateExisting);
+
+} // namespace CL

@@ -1,0 +1,108 @@
+#include "common/Csv.h"
+
+namespace CL {
+
+std::wstring CsvField(std::wstring_view text)
+{
+    if (text.find_first_of(L",\"\r\n") == std::wstring_view::npos)
+        return std::wstring(text);
+    std::wstring quoted;
+    quoted.reserve(text.size() + 2);
+    quoted += L'"';
+    for (wchar_t c : text) {
+        if (c == L'"')
+            quoted += L'"';
+        quoted += c;
+    }
+    quoted += L'"';
+    return quoted;
+}
+
+std::wstring CsvRecord(const std::vector<std::wstring>& fields)
+{
+    std::wstring record;
+    for (size_t i = 0; i < fields.size(); ++i) {
+        if (i)
+            record += L',';
+        record += CsvField(fields[i]);
+    }
+    record += L"\r\n";
+    return record;
+}
+
+bool CCsvReader::AtRecordEnd() const
+{
+    return m_pos >= m_text.size() || m_text[m_pos] == L'\r' || m_text[m_pos] == L'\n';
+}
+
+void CCsvReader::EndRecord()
+{
+    if (m_pos < m_text.size() && m_text[m_pos] == L'\r')
+        ++m_pos;
+    if (m_pos < m_text.size() && m_text[m_pos] == L'\n')
+        ++m_pos;
+    ++m_line;
+}
+
+void CCsvReader::SkipToNextLine()
+{
+    while (!AtRecordEnd())
+        ++m_pos;
+    EndRecord();
+}
+
+bool CCsvReader::Next(CsvRow& row)
+{
+    if (m_pos >= m_text.size())
+        return false;
+    row = CsvRow();
+    row.line = m_line;
+    std::wstring field;
+    for (;;) {
+        field.clear();
+        if (m_pos < m_text.size() && m_text[m_pos] == L'"') {
+            // Quoted: runs to the quote that is not doubled, across lines.
+            ++m_pos;
+            for (;;) {
+                if (m_pos >= m_text.size()) {
+                    row.error = L"a quoted field is never closed";
+                    return true;
+                }
+                const wchar_t c = m_text[m_pos++];
+                if (c == L'"') {
+                    if (m_pos < m_text.size() && m_text[m_pos] == L'"') {
+                        field += L'"';
+                        ++m_pos;
+                        continue;
+                    }
+                    break;
+                }
+                if (c == L'\n')
+                    ++m_line;
+                field += c;
+            }
+            if (!AtRecordEnd() && m_text[m_pos] != L',') {
+                row.error = L"text follows the closing quote of a field";
+                SkipToNextLine();
+                return true;
+            }
+        } else {
+            while (!AtRecordEnd() && m_text[m_pos] != L',') {
+                if (m_text[m_pos] == L'"') {
+                    row.error = L"a quote inside a field that does not start with one";
+                    SkipToNextLine();
+                    return true;
+                }
+                field += m_text[m_pos++];
+            }
+        }
+        row.fields.push_back(field);
+        if (AtRecordEnd()) {
+            EndRecord();
+            return true;
+        }
+        ++m_pos;   // the comma
+    }
+}
+
+} // namespace CL

@@ -1,0 +1,44 @@
+#pragma once
+// Comma-separated values as RFC 4180 has them: fields separated by commas,
+// records by CR LF (a lone LF is accepted on reading), a field holding a
+// comma, a quote or a line break written between quotes with its quotes
+// doubled. The reader keeps the line each record starts on and reports a
+// malformed record instead of guessing what it meant.
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace CL {
+
+// The field as it goes into a record: quoted when it must be.
+std::wstring CsvField(std::wstring_view text);
+// The fields joined with commas and ended with CR LF.
+std::wstring CsvRecord(const std::vector<std::wstring>& fields);
+
+struct CsvRow {
+    size_t line = 0;                    // 1-based line the record starts on
+    std::vector<std::wstring> fields;
+    std::wstring error;                 // empty for a well-formed record
+};
+
+class CCsvReader {
+public:
+    explicit CCsvReader(std::wstring_view text) : m_text(text) {}
+    // The next record; false at the end of the text. A malformed record
+    // (a quote inside an unquoted field, text after a closing quote, a quote
+    // never closed) comes back with its error set; reading goes on at the
+    // next line.
+    bool Next(CsvRow& row);
+
+private:
+    void SkipToNextLine();
+    bool AtRecordEnd() const;
+    void EndRecord();
+
+    std::wstring_view m_text;
+    size_t m_pos = 0;
+    size_t m_line = 1;
+};
+
+} // namespace CL
