@@ -1,11 +1,14 @@
 #pragma once
 // CTrendRenderer: draws a trend series within a time range onto a GDI+
-// surface: the item's name, the counts of values not drawn, a value axis
-// with rounded ticks, a time axis in calendar ticks with the date under
-// them, the values as a line (gaps where a value is of bad quality or not a
-// finite number; bad values marked with a red cross), and the user's
-// selection, hovered point and focus. Used by the chart window, for its
-// copies and PNG files, by the tests and by the benchmark.
+// surface: the item's name, the counts of values marked as bad and of
+// values not drawn, a value axis with rounded ticks, a time axis in
+// calendar ticks with the date under them, the values as a line (gaps
+// where a value is of bad quality or not a finite number; bad values marked
+// with a red cross), and the user's selection, hovered point and focus.
+// Text and overlays go through GDI+; the line and the markers through GDI
+// on the same surface (one call each, whatever the number of points).
+// Used by the chart window, for its copies and PNG files, by the tests and
+// by the benchmark.
 #include <windows.h>
 
 #include <memory>
@@ -57,7 +60,8 @@ public:
     Layout Draw(Gdiplus::Graphics& g, const Gdiplus::Rect& bounds, const CTrendSeries& series,
                 const Frame& frame) const;
     // Draws only the series' line and markers (no axes, no text) into the
-    // plot of a layout: what the pixel tests compare.
+    // plot of a layout: what the pixel tests compare. The surface must be
+    // one GDI can draw on too (a window's or a memory bitmap's DC).
     void DrawSeries(Gdiplus::Graphics& g, const Layout& layout, const CTrendSeries& series, bool everyPoint) const;
 
     // Colours, for the tests to look for.

@@ -293,6 +293,13 @@ std::wstring CTrendSeries::NotDrawnText() const
     return text;
 }
 
+std::wstring CTrendSeries::BadText() const
+{
+    if (m_bad == 0)
+        return std::wstring();
+    return Format(L"%zu value(s) NOT GOOD: red crosses, not joined by the line", m_bad);
+}
+
 void CTrendSeries::Reduce(double from, double to, double left, int width, bool everyPoint, CTrendPath& path) const
 {
     path.Clear();

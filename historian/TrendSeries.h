@@ -95,6 +95,8 @@ public:
     std::wstring PointText(size_t i) const;
     // The counts of values not drawn, one line each; empty when all are.
     std::wstring NotDrawnText() const;
+    // What the chart says of values of bad quality; empty when there are none.
+    std::wstring BadText() const;
 
     // What a plot of width pixels starting at x = left draws of the range
     // [from, to]. The points just outside the range are included so that

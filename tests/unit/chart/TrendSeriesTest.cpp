@@ -143,6 +143,7 @@ TEST(TrendSeries, BadQualityIsAGapWithAMarker)
     const CL::CTrendSeries series = Points(points);
     EXPECT_EQ(series.KindOf(2), Kind::Bad);
     EXPECT_EQ(series.BadCount(), 1u);
+    EXPECT_EQ(series.BadText(), L"1 value(s) NOT GOOD: red crosses, not joined by the line");
     CL::CTrendPath path;
     series.Reduce(-kSecond, 5 * kSecond, 0, 600, false, path);
     ASSERT_EQ(path.PolylineCount(), 2u);
