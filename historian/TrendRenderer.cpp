@@ -166,9 +166,12 @@ CTrendRenderer::Layout CTrendRenderer::Draw(Gdiplus::Graphics& g, const Gdiplus:
     return layout;
 }
 
-void CTrendRenderer::DrawText(Gdiplus::Graphics& g, const std::wstring& text, float x, float y, int align,
+void CTrendRenderer::DrawText(Gdiplus::Graphics& g, const std::wstring& lines, float x, float y, int align,
                               const Gdiplus::Color& color) const
 {
+    // GDI+ breaks lines at LF and would draw the CR of a CR LF as a box.
+    std::wstring text = lines;
+    text.erase(std::remove(text.begin(), text.end(), L'\r'), text.end());
     if (text.empty())
         return;
     Gdiplus::RectF box;

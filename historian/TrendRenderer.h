@@ -75,7 +75,7 @@ private:
     void DrawTexts(Gdiplus::Graphics& g, const Gdiplus::Rect& bounds, const CTrendSeries& series,
                    const Frame& frame, const Metrics& m) const;
     void DrawOverlay(Gdiplus::Graphics& g, const Layout& layout, const CTrendSeries& series, const Frame& frame) const;
-    void DrawText(Gdiplus::Graphics& g, const std::wstring& text, float x, float y, int align,
+    void DrawText(Gdiplus::Graphics& g, const std::wstring& lines, float x, float y, int align,
                   const Gdiplus::Color& color) const;
 
     std::unique_ptr<Gdiplus::Font> m_font;
