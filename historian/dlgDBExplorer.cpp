@@ -10,6 +10,7 @@
 #include "common/Exception.h"
 #include "common/Handle.h"
 #include "common/LocalTime.h"
+#include "common/Text.h"
 #include "common/WaitCursor.h"
 #include "common/historian/Historian.h"
 #include "historian/dlgHistData.h"
@@ -74,19 +75,7 @@ LRESULT CdlgDBExplorer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         break;
     case WM_CONTEXTMENU:
         if (reinterpret_cast<HWND>(wParam) == m_list.Hwnd()) {
-            POINT at = {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
-            if (at.x == -1 && at.y == -1) {
-                // From the keyboard: below the focused line, or the list's corner.
-                RECT line = {LVIR_BOUNDS, 0, 0, 0};
-                const long long focused = m_list.FocusedRow();
-                const int index = focused >= 0 ? m_list.DisplayIndexOf(static_cast<size_t>(focused)) : -1;
-                if (index >= 0 && ::SendMessageW(m_list, LVM_GETITEMRECT, index, reinterpret_cast<LPARAM>(&line)))
-                    at = {line.left + 16, line.bottom};
-                else
-                    at = {0, 0};
-                ::ClientToScreen(m_list, &at);
-            }
-            OnLVRClick(at);
+            OnLVRClick(ContextMenuPoint(lParam));
             return 0;
         }
         break;
@@ -105,6 +94,24 @@ LRESULT CdlgDBExplorer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         break;
     }
     return DefaultProc(message, wParam, lParam);
+}
+
+POINT CdlgDBExplorer::ContextMenuPoint(LPARAM lParam) const
+{
+    POINT at = {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
+    if (at.x != -1 || at.y != -1)
+        return at;
+    // From the keyboard (Shift+F10, the menu key): below the focused line,
+    // or at the list's corner.
+    RECT line = {LVIR_BOUNDS, 0, 0, 0};
+    const long long focused = m_list.FocusedRow();
+    const int index = focused >= 0 ? m_list.DisplayIndexOf(static_cast<size_t>(focused)) : -1;
+    if (index >= 0 && ::SendMessageW(m_list, LVM_GETITEMRECT, index, reinterpret_cast<LPARAM>(&line)))
+        at = {line.left + 16, line.bottom};
+    else
+        at = {0, 0};
+    ::ClientToScreen(m_list, &at);
+    return at;
 }
 
 LRESULT CdlgDBExplorer::OnCreate()
@@ -204,6 +211,7 @@ void CdlgDBExplorer::Refresh()
         m_rows.Assign(m_historian.ReadSummary());
         m_list.Reset();
         m_list.SetSortIndicator(CL::CDBExplorerRows::kItemId, true);
+        m_bars.SetIdleText(CL::Format(L"%u archived item(s)", static_cast<unsigned>(m_rows.RowCount())));
     });
 }
 

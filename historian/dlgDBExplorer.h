@@ -57,6 +57,8 @@ private:
     void OnAbout();
     LRESULT OnColumnClick(const NMHDR* header);
     void OnLVRClick(POINT screen);
+    // Where the right-click menu opens for a WM_CONTEXTMENU position.
+    POINT ContextMenuPoint(LPARAM lParam) const;
     void OnSysColorChange();
     void OnGetInfoTip(NMLVGETINFOTIPW* tip) const;
     void OnListKey(WORD key);

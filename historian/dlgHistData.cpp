@@ -285,7 +285,7 @@ std::wstring CdlgHistData::AskExportFile() const
     OPENFILENAMEW ofn = {};
     ofn.lStructSize = sizeof ofn;
     ofn.hwndOwner = Hwnd();
-    ofn.lpstrFilter = L"XML Files (*.xml)\0*.xml\0All files (*.*)\0*.*\0";
+    ofn.lpstrFilter = L"XML Files\0*.xml\0All files\0*.*\0";
     ofn.nFilterIndex = 1;
     ofn.lpstrFile = file.data();
     ofn.nMaxFile = static_cast<DWORD>(file.size());

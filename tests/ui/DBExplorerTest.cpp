@@ -125,6 +125,17 @@ TEST_P(DBExplorer, RightClickMenuCarriesTheCommands)
                         {L"Show selected item values...", 32811}}));
 }
 
+TEST_P(DBExplorer, RightClickMenuOpensFromTheKeyboardToo)
+{
+    WriteRun(L"a", {Date(2023, 3, 15, 10, 0, 0)});
+    Open();
+    SelectRows(List(), {0});
+    test::TrackedMenuCapture capture;
+    ::SendMessageW(m_explorer, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(List()), MAKELPARAM(-1, -1));
+    ASSERT_TRUE(capture.Captured());
+    EXPECT_EQ(capture.Entries().size(), 4u);
+}
+
 TEST_P(DBExplorer, EmptyDatabaseGivesAnEmptyListAndNothingIsSelected)
 {
     Open();
@@ -150,6 +161,7 @@ TEST_P(DBExplorer, ListsEveryItemWithLocalTimesAndCountsInItemIdOrder)
     EXPECT_EQ(CellText(List(), 1, 2), LocalText(a0 + 4 * kHour));
     EXPECT_EQ(CellText(List(), 1, 3), L"5");
     EXPECT_EQ(CellText(List(), 0, 3), L"1");
+    EXPECT_EQ(test::WindowText(m_explorer.Bars().StatusBar()), L"2 archived item(s)");
     EXPECT_NE(HeaderBitmap(List(), 0), nullptr);
     EXPECT_EQ(HeaderBitmap(List(), 1), nullptr);
 }
@@ -422,6 +434,39 @@ TEST_P(DBExplorer, TheListFollowsTheFrameWhenResized)
     ::GetWindowRect(List(), &large);
     EXPECT_EQ(large.right - large.left, small.right - small.left + 200);
     EXPECT_EQ(large.bottom - large.top, small.bottom - small.top + 150);
+}
+
+TEST_P(DBExplorer, SystemColourChangeRebuildsTheArrowOfTheSortColumn)
+{
+    WriteRun(L"a", {Date(2023, 3, 15, 10, 0, 0)});
+    Open();
+    ClickHeader(List(), 2);
+    const HBITMAP before = HeaderBitmap(List(), 2);
+    ASSERT_NE(before, nullptr);
+    test::LogCapture log(3);
+    ::SendMessageW(m_explorer, WM_SYSCOLORCHANGE, 0, 0);
+    EXPECT_NE(HeaderBitmap(List(), 2), nullptr);
+    EXPECT_EQ(HeaderBitmap(List(), 2), m_explorer.List().SortUpBitmap());
+    EXPECT_EQ(HeaderBitmap(List(), 0), nullptr);
+    EXPECT_TRUE(log.ContainsLike(3, "CdlgDBExplorer::OnSysColorChange [dlgDBExplorer, ", "]"));
+}
+
+TEST_P(DBExplorer, KeysOfTheListRefreshAndDelete)
+{
+    WriteRun(L"a", {Date(2023, 3, 15, 10, 0, 0)});
+    Open();
+    WriteRun(L"b", {Date(2023, 3, 15, 10, 0, 0)});
+    NMLVKEYDOWN key = {};
+    key.hdr.hwndFrom = List();
+    key.hdr.idFrom = IDC_DBEXPLORER_LIST;
+    key.hdr.code = LVN_KEYDOWN;
+    key.wVKey = VK_F5;
+    ::SendMessageW(m_explorer, WM_NOTIFY, IDC_DBEXPLORER_LIST, reinterpret_cast<LPARAM>(&key));
+    EXPECT_EQ(Ids(), (std::vector<std::wstring>{L"a", L"b"}));
+    test::MessageBoxAnswerer answerer;
+    key.wVKey = VK_DELETE;
+    ::SendMessageW(m_explorer, WM_NOTIFY, IDC_DBEXPLORER_LIST, reinterpret_cast<LPARAM>(&key));
+    EXPECT_EQ(Texts(answerer.Seen()), (std::vector<std::wstring>{L"Nothing is selected"}));
 }
 
 TEST_P(DBExplorer, WritesItsTraceLines)

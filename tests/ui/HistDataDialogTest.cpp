@@ -104,6 +104,23 @@ TEST_P(HistDataDialog, ShowsItemCaptionColumnsAndControlTexts)
     EXPECT_TRUE(::GetWindowLongW(window.List(), GWL_STYLE) & LVS_OWNERDATA);
 }
 
+TEST_P(HistDataDialog, TabOrderFollowsTheScreenAndShowDataHasTheFocus)
+{
+    HistDataWindow window(m_historian, L"t");
+    ASSERT_TRUE(window.Open());
+    EXPECT_EQ(::GetFocus(), window.Item(IDC_HISTDATA_BTN_REFRESH));
+    std::vector<int> order;
+    const HWND first = ::GetNextDlgTabItem(window.Hwnd(), nullptr, FALSE);
+    HWND control = first;
+    do {
+        order.push_back(::GetDlgCtrlID(control));
+        control = ::GetNextDlgTabItem(window.Hwnd(), control, FALSE);
+    } while (control && control != first && order.size() < 20);
+    EXPECT_EQ(order, (std::vector<int>{IDC_HISTDATA_ITEM, IDC_TIMEPERIOD_CHK_FROM, IDC_TIMEPERIOD_FROM,
+                                       IDC_TIMEPERIOD_CHK_TO, IDC_TIMEPERIOD_TO, IDC_HISTDATA_MAX_COUNT,
+                                       IDC_HISTDATA_BTN_REFRESH, IDC_HISTDATA_OPEN_FILE, IDC_HISTDATA_LIST}));
+}
+
 TEST_P(HistDataDialog, LongItemIdSitsInAReadOnlyEditThatShowsItWhole)
 {
     const std::wstring id = L"Plant.Area51.Line7.Station12.Conveyor.Motor.Drive.Temperatures.Winding.Phase3.Sensor";
@@ -385,6 +402,17 @@ TEST_P(HistDataDialog, SaveDataWritesTheExportThroughTheSaveDialog)
     const std::string expected = test::ReadFileBytes(ExpectedFile(L"export-mixed.xml"));
     ASSERT_FALSE(expected.empty());
     EXPECT_EQ(written, expected);
+}
+
+TEST_P(HistDataDialog, SaveDataCancelledInTheSaveDialogWritesNothingAndReadsNothing)
+{
+    WriteRun(L"t", {kBase});
+    HistDataWindow window(m_historian, L"t");
+    ASSERT_TRUE(window.Open());
+    test::FileDialogAnswer answer(L"");
+    window.Click(IDC_HISTDATA_OPEN_FILE);
+    ASSERT_TRUE(answer.Answered());
+    EXPECT_TRUE(Statements(L"SELECT").empty());
 }
 
 TEST_P(HistDataDialog, WritesItsTraceLines)

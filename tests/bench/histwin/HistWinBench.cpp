@@ -117,7 +117,8 @@ void ClickHeader(HWND list, int column)
 
 void Line(const char* what, double seconds, double baseline, const char* baselineWhat, const char* note = "")
 {
-    std::printf("%-36s %8.3f s   %-28s %8.3f s  %s\n", what, seconds, baselineWhat, baseline, note);
+    std::printf("%-36s %8.3f s   %-24s %8.3f s  %6.2f x  %s\n", what, seconds, baselineWhat, baseline,
+                seconds / baseline, note);
 }
 
 int Measure(const std::wstring& path)
@@ -187,7 +188,8 @@ int Measure(const std::wstring& path)
     const int explorerRows = static_cast<int>(::SendMessageW(explorer.List().Hwnd(), LVM_GETITEMCOUNT, 0, 0));
     explorer.DestroyWindow();
 
-    std::printf("%-36s %10s   %-28s %10s\n", "window operation", "time", "baseline (historian)", "time");
+    std::printf("%-36s %10s   %-24s %10s  %8s\n", "window operation", "time", "baseline (historian)", "time",
+                "ratio");
     Line("Show data (100,000 values)", showSeconds, readSeconds, "ReadRange of the item");
     Line("sort by \"Value\"", sortValueSeconds, readSeconds, "ReadRange of the item", valueOrder ? "order ok" : "ORDER WRONG");
     Line("sort by \"Time (UTC)\"", sortTimeSeconds, readSeconds, "ReadRange of the item", timeOrder ? "order ok" : "ORDER WRONG");
