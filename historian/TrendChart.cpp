@@ -14,6 +14,7 @@
 #include "common/ErrorReport.h"
 #include "common/Exception.h"
 #include "common/Handle.h"
+#include "common/Text.h"
 #include "common/WaitCursor.h"
 #include "res/resource.h"
 
@@ -173,6 +174,7 @@ void CTrendChart::Clear(const std::wstring& itemId)
     m_wholeFrom = m_from = 0.0;
     m_wholeTo = m_to = 1.0;
     SetHover(CTrendSeries::npos, POINT{});
+    UpdateCaption();
     Invalidate();
 }
 
@@ -196,6 +198,7 @@ void CTrendChart::SetValues(std::shared_ptr<const CHistorianValues> values, cons
     m_from = m_wholeFrom;
     m_to = m_wholeTo;
     SetHover(CTrendSeries::npos, POINT{});
+    UpdateCaption();
     Invalidate();
 }
 
@@ -242,6 +245,20 @@ void CTrendChart::Pan(double fraction)
     m_from = from;
     m_to = from + span;
     Invalidate();
+}
+
+void CTrendChart::UpdateCaption()
+{
+    // The window text says what the chart shows, for screen readers (a
+    // custom control's name is its text) and for tools that read windows.
+    std::wstring text = L"Chart";
+    if (!m_series.Empty())
+        text = Format(L"Chart of '%ls': %zu value(s) drawn, %zu NOT GOOD", m_itemId.c_str(), m_series.Size(),
+                      m_series.BadCount());
+    else if (!m_message.empty())
+        text = L"Chart: " + m_message;
+    if (IsWindow())
+        ::SetWindowTextW(Hwnd(), text.c_str());
 }
 
 void CTrendChart::Invalidate()

@@ -99,6 +99,7 @@ private:
     void SetHover(size_t point, POINT at);
     void UpdateTooltip(POINT at);
     void Invalidate();
+    void UpdateCaption();
     std::wstring AskPngFile() const;
     SIZE PictureSize() const;
 

@@ -182,8 +182,10 @@ TEST_P(TrendChartTest, ShowDataDrawsTheValuesOldestOnTheLeft)
     ASSERT_TRUE(window.Open());
     CL::CTrendChart& chart = window.Chart();
     EXPECT_EQ(chart.Message(), L"Press \"Show data\" to draw the values of the time period.");
+    EXPECT_EQ(test::WindowText(chart), L"Chart: Press \"Show data\" to draw the values of the time period.");
     window.ShowData();
     ASSERT_EQ(chart.Series().Size(), 60u);
+    EXPECT_EQ(test::WindowText(chart), L"Chart of 'Plant.Tank1.Level': 60 value(s) drawn, 0 NOT GOOD");
     EXPECT_NEAR(chart.Series().Time(0), LocalTime(0), 1e-8);
     EXPECT_LT(chart.WholeFrom(), LocalTime(0));
     EXPECT_GT(chart.WholeTo(), LocalTime(59));
@@ -392,6 +394,20 @@ TEST_P(TrendChartTest, RightClickOffersShowAllCopyAndSaveAsPng)
     EXPECT_EQ(capture.Entries()[2].id, static_cast<UINT>(ID_TREND_SAVE_PNG));
 }
 
+TEST_P(TrendChartTest, TheMenuKeyOpensTheSameMenu)
+{
+    WriteSquares(L"t", 10);
+    ChartWindow window(m_historian, L"t");
+    ASSERT_TRUE(window.Open());
+    window.ShowData();
+    test::TrackedMenuCapture capture;
+    // What the menu key and Shift+F10 send: no position.
+    ::SendMessageW(window.Chart(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(window.Chart().Hwnd()),
+                   MAKELPARAM(-1, -1));
+    ASSERT_TRUE(capture.Captured());
+    EXPECT_EQ(test::MenuTexts(capture.Entries()).size(), 3u);
+}
+
 TEST_P(TrendChartTest, ShowDataAnewRedrawsTheChartWhole)
 {
     WriteSquares(L"t", 60);
@@ -431,6 +447,20 @@ TEST_P(TrendChartTest, CopyPutsThePictureOnTheClipboard)
     ::GetClientRect(chart, &client);
     EXPECT_EQ(info.bmWidth, std::max<LONG>(client.right, 480));
     EXPECT_EQ(info.bmHeight, std::max<LONG>(client.bottom, 300));
+
+    // Ctrl+C does the same.
+    ASSERT_TRUE(::OpenClipboard(nullptr));
+    ::EmptyClipboard();
+    ::CloseClipboard();
+    BYTE keys[256] = {};
+    ASSERT_TRUE(::GetKeyboardState(keys));
+    BYTE pressed[256];
+    std::copy(std::begin(keys), std::end(keys), pressed);
+    pressed[VK_CONTROL] = 0x80;
+    ::SetKeyboardState(pressed);
+    ::SendMessageW(chart, WM_KEYDOWN, 'C', 0);
+    ::SetKeyboardState(keys);
+    EXPECT_TRUE(::IsClipboardFormatAvailable(CF_BITMAP));
 }
 
 TEST_P(TrendChartTest, SaveAsPngWritesThePictureThroughTheSaveDialog)
