@@ -178,6 +178,16 @@ INT_PTR CdlgHistData::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
         m_anchors.Arrange();
         ArrangeChart();
         return TRUE;
+    case WM_ERASEBKGND:
+        // The chart paints all of itself: the dialog's background is not
+        // painted under it first, so that resizing does not flicker.
+        if (m_chart.IsWindow() && ::IsWindowVisible(m_chart)) {
+            RECT chart;
+            ::GetWindowRect(m_chart, &chart);
+            ::MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&chart), 2);
+            ::ExcludeClipRect(reinterpret_cast<HDC>(wParam), chart.left, chart.top, chart.right, chart.bottom);
+        }
+        return FALSE;   // the default erases the rest
     case WM_GETMINMAXINFO:
         m_anchors.LimitSize(reinterpret_cast<MINMAXINFO*>(lParam));
         return TRUE;
