@@ -474,7 +474,8 @@ LRESULT CTrendChart::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         OnSize();
         return 0;
     case WM_GETDLGCODE:
-        return DLGC_WANTARROWS | DLGC_WANTCHARS;
+        // While a drag is on, Esc cancels it instead of closing the dialog.
+        return m_drag != Drag::None ? DLGC_WANTALLKEYS : DLGC_WANTARROWS | DLGC_WANTCHARS;
     case WM_SETFOCUS:
     case WM_KILLFOCUS:
         ::InvalidateRect(Hwnd(), nullptr, FALSE);
@@ -673,6 +674,10 @@ void CTrendChart::OnKeyDown(UINT key)
         case 'C':
             if (control)
                 OnCopy();
+            break;
+        case VK_ESCAPE:
+            if (m_drag != Drag::None && ::GetCapture() == Hwnd())
+                ::ReleaseCapture();   // WM_CAPTURECHANGED ends the drag
             break;
         default: break;
         }

@@ -2,7 +2,8 @@
 // CTrendChart: the trend chart of the historical data window, a child
 // window that draws the values of the last read over time (CTrendRenderer)
 // and lets the user look closer:
-//   - drag with the left button across the chart: zoom into that time range;
+//   - drag with the left button across the chart: zoom into that time range
+//     (Esc during the drag cancels it);
 //   - mouse wheel: zoom in or out around the pointer;
 //   - drag with the right button, or the Left/Right keys: pan;
 //   - double-click, Home or "Show all": the whole range again;

@@ -229,6 +229,27 @@ TEST_P(TrendChartTest, DraggingAcrossTheChartZoomsIntoThatRangeAndHomeShowsAll)
     EXPECT_EQ(chart.To(), chart.WholeTo());
 }
 
+TEST_P(TrendChartTest, EscapeDuringADragCancelsIt)
+{
+    WriteSquares(L"t", 60);
+    ChartWindow window(m_historian, L"t");
+    ASSERT_TRUE(window.Open());
+    window.ShowData();
+    CL::CTrendChart& chart = window.Chart();
+    const auto layout = chart.CurrentLayout();
+    const double y = layout.plot.Y + 20;
+    ::SendMessageW(chart, WM_LBUTTONDOWN, MK_LBUTTON, At(layout.XOfTime(LocalTime(10)), y));
+    ::SendMessageW(chart, WM_MOUSEMOVE, MK_LBUTTON, At(layout.XOfTime(LocalTime(30)), y));
+    EXPECT_EQ(::SendMessageW(chart, WM_GETDLGCODE, VK_ESCAPE, 0) & DLGC_WANTALLKEYS, DLGC_WANTALLKEYS);
+    ::SendMessageW(chart, WM_KEYDOWN, VK_ESCAPE, 0);
+    EXPECT_NE(::GetCapture(), chart.Hwnd());
+    ::SendMessageW(chart, WM_LBUTTONUP, 0, At(layout.XOfTime(LocalTime(30)), y));
+    EXPECT_EQ(chart.From(), chart.WholeFrom());
+    EXPECT_EQ(chart.To(), chart.WholeTo());
+    EXPECT_TRUE(::IsWindow(window.Hwnd()));
+    EXPECT_EQ(::SendMessageW(chart, WM_GETDLGCODE, 0, 0) & DLGC_WANTALLKEYS, 0);
+}
+
 TEST_P(TrendChartTest, AClickWithoutDraggingDoesNotZoom)
 {
     WriteSquares(L"t", 10);
