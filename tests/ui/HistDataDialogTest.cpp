@@ -261,9 +261,10 @@ TEST_P(HistDataDialog, TheStatusLineIsSetEvenWhenNothingIsFound)
 TEST_P(HistDataDialog, BoundsAreLocalPickerTimesConvertedToUtcWithTheLastSecondIncluded)
 {
     // Stored at UTC 10:00:00.000 .. 10:00:05.000 and 10:00:05.900.
-    const DATE t0 = kBase + 10 * kHour;
-    WriteRun(L"b", {t0, t0 + kSecond, t0 + 2 * kSecond, t0 + 3 * kSecond, t0 + 4 * kSecond, t0 + 5 * kSecond,
-                    t0 + 5 * kSecond + 900 * kMs, t0 + 6 * kSecond});
+    const DATE t0 = Date(2023, 3, 15, 10, 0, 0);
+    WriteRun(L"b", {t0, Date(2023, 3, 15, 10, 0, 1), Date(2023, 3, 15, 10, 0, 2), Date(2023, 3, 15, 10, 0, 3),
+                    Date(2023, 3, 15, 10, 0, 4), Date(2023, 3, 15, 10, 0, 5), Date(2023, 3, 15, 10, 0, 5, 900),
+                    Date(2023, 3, 15, 10, 0, 6)});
     // The pickers show local time: 10:00:01 .. 10:00:05 UTC in the zone of now.
     HistDataWindow window(m_historian, L"b", t0 + kSecond + test::LocalOffsetDays(),
                           t0 + 5 * kSecond + test::LocalOffsetDays());
@@ -343,6 +344,29 @@ TEST_P(HistDataDialog, ARowThatCannotBeDecodedKeepsTheValuesBeforeItAndTheWindow
     // Still working: a second read gives the same.
     window.Click(IDC_HISTDATA_BTN_REFRESH);
     EXPECT_EQ(Column(window.List(), 0), values);
+}
+
+TEST_P(HistDataDialog, AValueWithoutTextIsReportedAndTheValuesBeforeItStayShown)
+{
+    // A date past the year 9999 is stored but has no text.
+    CL::CVariant farDate;
+    farDate.vt = VT_DATE;
+    farDate.date = 5.0e6;
+    const std::vector<DATE> t = {Date(2023, 3, 15, 10, 0, 0), Date(2023, 3, 15, 10, 0, 1), Date(2023, 3, 15, 10, 0, 10)};
+    WriteValues(L"d", {{t[0], 192, CL::CVariant::I4(1)}, {t[1], 192, farDate}, {t[2], 192, CL::CVariant::I4(3)}});
+    HistDataWindow window(m_historian, L"d");
+    ASSERT_TRUE(window.Open());
+    {
+        test::MessageBoxAnswerer answerer;
+        window.ShowAll();
+        EXPECT_EQ(answerer.Seen().size(), 1u);
+    }
+    EXPECT_EQ(Column(window.List(), 0), (std::vector<std::wstring>{L"1"}));
+    // The window keeps working: a read that avoids the value shows the rest.
+    window.Click(IDC_TIMEPERIOD_CHK_FROM);
+    SetPicker(window.Item(IDC_TIMEPERIOD_FROM), Date(2023, 3, 15, 10, 0, 5) + test::LocalOffsetDays());
+    window.Click(IDC_HISTDATA_BTN_REFRESH);
+    EXPECT_EQ(Column(window.List(), 0), (std::vector<std::wstring>{L"3"}));
 }
 
 TEST_P(HistDataDialog, TheListFollowsTheWindowWhenResized)
