@@ -8,7 +8,7 @@ JOBS       ?= $(shell nproc)
 TEST_ZONE  ?= Europe/Berlin
 ZONE_PASS  ?= 1
 
-.PHONY: all deps build build-i686 test run bench clean
+.PHONY: all deps build build-i686 test run bench screenshots clean
 
 all: build
 
@@ -38,6 +38,11 @@ test: build
 # The control panel in a demo installation folder.
 run: build
 	scripts/run-demo.sh $(BUILD64)
+
+# Pictures of the windows for the README (docs/screenshots/), taken from the
+# real program in the demo installation on a private display.
+screenshots: build
+	scripts/screenshots.sh $(BUILD64)
 
 clean:
 	rm -rf $(BUILD)

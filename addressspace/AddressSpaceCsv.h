@@ -40,7 +40,7 @@ std::wstring JoinItemPath(const std::vector<std::wstring>& names);
 // What a column that the file lacks gives each item (the item dialog's
 // values for a new item).
 struct CsvItemDefaults {
-    VARTYPE dataType = VT_I4;
+    VARTYPE dataType = VT_R8;
     bool readable = true;
     bool writable = true;
     bool archive = false;

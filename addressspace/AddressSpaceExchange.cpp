@@ -49,6 +49,7 @@ std::wstring CAddressSpaceExchange::DefaultExchangeFilePath()
 
 bool CAddressSpaceExchange::LoadFromServer(CAddressSpaceDocument& document)
 {
+    m_polls = 0;
     if (ServerRunning()) {
         const ULONGLONG before = LastWriteTime();
         CL::ControlServiceCode(g_Settings.ServiceName, CL::kControlWriteAddressSpace);
@@ -95,7 +96,7 @@ ULONGLONG CAddressSpaceExchange::LastWriteTime() const
 
 bool CAddressSpaceExchange::WaitForNewFile(ULONGLONG before) const
 {
-    for (int poll = 0; poll < kPollCount; ++poll) {
+    for (m_polls = 1; m_polls <= kPollCount; ++m_polls) {
         ::Sleep(kPollInterval);
         ULONGLONG now = 0;
         HRESULT error = S_OK;
@@ -104,6 +105,7 @@ bool CAddressSpaceExchange::WaitForNewFile(ULONGLONG before) const
         if (TryLastWriteTime(m_exchangeFile, now, error, source) && now != before)
             return true;
     }
+    m_polls = kPollCount;
     return false;
 }
 

@@ -25,6 +25,9 @@ public:
     // The installation folder's exchange file.
     static std::wstring DefaultExchangeFilePath();
     const std::wstring& ExchangeFile() const noexcept { return m_exchangeFile; }
+    // How many looks at the file the last wait for the server took (0 when
+    // the last load did not wait).
+    int PollsOfLastWait() const noexcept { return m_polls; }
 
     // Fills the document with the server's current address space: a running
     // server is asked to write it (code 129) and the file's last-write time
@@ -55,4 +58,5 @@ private:
     CAddressSpaceDocument::ModelPtr LoadExchangeFile() const;
 
     std::wstring m_exchangeFile;
+    mutable int m_polls = 0;
 };

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "common/DiagnosticLog.h"
+#include "app/AddressSpaceEditor.h"
 #include "app/DatabaseExplorer.h"
 #include "app/DummyWnd.h"
 #include "app/HistorianSettings.h"
@@ -17,6 +18,7 @@
 #include "common/Handle.h"
 #include "common/historian/Historian.h"
 #include "config/Settings.h"
+#include "historian/dlgHistData.h"
 
 namespace CL {
 
@@ -54,7 +56,7 @@ int RunBody(UniqueKernelHandle& mutex)
     }
 
     ::DefWindowProcW(nullptr, 0, 0, 0);
-    INITCOMMONCONTROLSEX icc = {sizeof icc, ICC_COOL_CLASSES | ICC_BAR_CLASSES};
+    INITCOMMONCONTROLSEX icc = {sizeof icc, ICC_COOL_CLASSES | ICC_BAR_CLASSES | ICC_TREEVIEW_CLASSES | ICC_LISTVIEW_CLASSES};
     ::InitCommonControlsEx(&icc);
 
     CMessageLoop loop;
@@ -70,6 +72,12 @@ int RunBody(UniqueKernelHandle& mutex)
 
     const MenuFlags flags = DecideMenuFlags();
     auto dummy = std::make_unique<CDummyWnd>(flags);
+    auto editor = std::make_unique<CAddressSpaceEditor>(*historian);
+    // The editor's "Historical data..." opens the historian's window.
+    editor->SetHistoricalDataOpener([&historian](HWND owner, const std::wstring& itemId) {
+        RunHistoricalData(owner, *historian, itemId);
+    });
+    dummy->SetAddressSpaceEditor(std::move(editor));
     dummy->SetDatabaseExplorer(std::make_unique<CDatabaseExplorer>(*historian));
     dummy->SetSettingsAppliedHandler([&historian] { ConfigureHistorian(*historian, g_Settings); });
     if (!dummy->CreateEx())

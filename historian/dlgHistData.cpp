@@ -71,10 +71,11 @@ void CdlgHistData::InitControls()
     m_list.SetRows(&m_rows);
     m_list.Reset();
 
+    using Anchors = CL::CDialogAnchors;
+    m_anchors.Add(IDC_HISTDATA_ITEM, Anchors::kStretchX | Anchors::kTop);
+    m_anchors.Add(IDC_HISTDATA_LIST, Anchors::kStretchX | Anchors::kStretchY);
+    m_anchors.Add(IDC_HISTDATA_STATUS, Anchors::kStretchX | Anchors::kBottom);
     m_anchors.Capture(Hwnd());
-    m_anchors.Anchor(IDC_HISTDATA_ITEM, CL::CDialogAnchors::kGrowX);
-    m_anchors.Anchor(IDC_HISTDATA_LIST, CL::CDialogAnchors::kGrowX | CL::CDialogAnchors::kGrowY);
-    m_anchors.Anchor(IDC_HISTDATA_STATUS, CL::CDialogAnchors::kMoveY | CL::CDialogAnchors::kGrowX);
 
     // The chart shares the list's area, below it, next in the tab order.
     m_splitBar.Create(Hwnd(), IDC_HISTDATA_CHART_BAR);
@@ -88,9 +89,11 @@ void CdlgHistData::InitControls()
 
 void CdlgHistData::ArrangeChart()
 {
+    RECT client;
+    ::GetClientRect(Hwnd(), &client);
+    m_anchors.OnSize(client.right, client.bottom);
     if (!m_chart.IsWindow() || !m_splitBar.IsWindow())
         return;
-    m_anchors.Arrange();
     RECT area;
     ::GetWindowRect(m_list, &area);
     ::MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&area), 2);
@@ -175,7 +178,6 @@ INT_PTR CdlgHistData::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
         return TRUE;
     }
     case WM_SIZE:
-        m_anchors.Arrange();
         ArrangeChart();
         return TRUE;
     case WM_ERASEBKGND:
@@ -189,7 +191,7 @@ INT_PTR CdlgHistData::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
         }
         return FALSE;   // the default erases the rest
     case WM_GETMINMAXINFO:
-        m_anchors.LimitSize(reinterpret_cast<MINMAXINFO*>(lParam));
+        m_anchors.OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO*>(lParam));
         return TRUE;
     case WM_SYSCOLORCHANGE:
         OnSysColorChange();
@@ -331,8 +333,13 @@ void ShowHistoricalData(HWND owner, CL::CHistorian& historian, const std::wstrin
             CL::ShowHistorianNotAccessible();
             return;
         }
-        CdlgHistData dialog(historian);
-        dialog.m_itemId = itemId;
-        dialog.DoModal(owner);
+        RunHistoricalData(owner, historian, itemId);
     });
+}
+
+void RunHistoricalData(HWND owner, CL::CHistorian& historian, const std::wstring& itemId)
+{
+    CdlgHistData dialog(historian);
+    dialog.m_itemId = itemId;
+    dialog.DoModal(owner);
 }

@@ -13,9 +13,9 @@
 
 #include <string>
 
-#include "common/DialogAnchors.h"
 #include "common/Window.h"
 #include "common/historian/HistorianValues.h"
+#include "common/ui/DialogAnchors.h"
 #include "common/ui/ReportList.h"
 #include "common/ui/SplitBar.h"
 #include "historian/HistDataRows.h"
@@ -81,6 +81,10 @@ private:
     int m_chartHeight = 0;   // pixels; 0: not yet placed
     CL::CDialogAnchors m_anchors;
 };
+
+// Runs the historical data window for one item, with From an hour ago and To
+// now (the caller has made sure that the database can be opened).
+void RunHistoricalData(HWND owner, CL::CHistorian& historian, const std::wstring& itemId);
 
 // Opens the historical data window for one item, with From an hour ago and
 // To now, after checking that the historian database can be opened; when it

@@ -16,5 +16,8 @@
 #define ID_MN_START_SERVER       32819 // "Start"
 #define ID_MN_STOP_SERVER        32821 // "Stop"
 #define ID_MN_SHUTDOWN           206   // "Exit"
+
+#include "resource_editor.h"
+#include "resource_csv.h"
 #include "resource_histwin.h"
 #include "resource_chart.h"

@@ -11,24 +11,18 @@
 set -u
 BUILD_DIR=$(realpath "$1")
 SRC_DIR=$(cd "$(dirname "$0")/.." && pwd)
-DEMO="$BUILD_DIR/demo"
 SHOT="$BUILD_DIR/demo-screenshot.png"
 
-mkdir -p "$DEMO/Historian"
-cp "$BUILD_DIR/bin/MorvaneGui.exe" "$DEMO/"
-cp "$BUILD_DIR/bin/server_sim.exe" "$DEMO/Morvane.exe"
-sed "s|@HISTORIAN_DB@|$DEMO/Historian/Historian.db|" "$SRC_DIR/scripts/demo/Morvane.ini.xml" >"$DEMO/Morvane.ini.xml"
-[ -f "$DEMO/DefaultAddressSpace.xml" ] || cp "$SRC_DIR/scripts/demo/DefaultAddressSpace.xml" "$DEMO/"
+source "$SRC_DIR/scripts/demo-prepare.sh"
+prepare_demo "$BUILD_DIR"
 echo "Demo installation folder: $DEMO"
 
 # Runs inside scripts/with-wine.sh.
 demo_session() {
-    local panel server
+    local panel
+    source "$SRC_DIR/scripts/demo-prepare.sh"
     panel=$(winepath -w "$DEMO/MorvaneGui.exe" 2>/dev/null)
-    server=$(winepath -w "$DEMO/Morvane.exe" 2>/dev/null)
-    wine "$server" --register-service </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1 ||
-        { echo "run-demo.sh: could not register the server simulator" >&2; return 1; }
-    wine sc start MorvaneDemo </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1
+    demo_start_server || { echo "run-demo.sh: could not start the server simulator" >&2; return 1; }
     if [ "${HEADLESS:-0}" = 0 ]; then
         echo "The control panel runs on $DISPLAY: right-click its tray icon; Exit ends it."
         wine "$panel" </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1
@@ -48,7 +42,7 @@ demo_session() {
         kill "$pid" 2>/dev/null
         shot=1
     fi
-    wine "$server" --delete-service </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1
+    demo_delete_server
     return $shot
 }
 export -f demo_session

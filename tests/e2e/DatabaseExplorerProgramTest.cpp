@@ -72,8 +72,9 @@ TEST(DatabaseExplorerProgram, TrayCommandOpensTheExplorerOverTheConfiguredDataba
     const HWND explorer = test::WaitForProcessWindow(panel.Id(), L"MorvaneDBExplorer", 20s);
     ASSERT_NE(explorer, nullptr);
     EXPECT_EQ(test::WindowText(explorer), L"Varnel OPC HDA Database Explorer");
-    const HWND list = ::FindWindowExW(explorer, nullptr, WC_LISTVIEWW, nullptr);
-    ASSERT_NE(list, nullptr);
+    // The window may be found while it is still being created.
+    HWND list = nullptr;
+    ASSERT_TRUE(test::WaitUntil([&] { return (list = ::FindWindowExW(explorer, nullptr, WC_LISTVIEWW, nullptr)) != nullptr; }, 10s));
     EXPECT_TRUE(test::WaitUntil([&] { return ::SendMessageW(list, LVM_GETITEMCOUNT, 0, 0) == 2; }, 10s));
     EXPECT_TRUE(test::WaitUntil([&] { return ::IsWindowVisible(explorer) != FALSE; }, 10s));
 

@@ -160,6 +160,7 @@ TEST_F(AddressSpaceExchange, FileChangingByTheFirstPollEndsTheWaitAfterAbout100m
     const long long elapsed = Since(start);
     EXPECT_GE(elapsed, 90);
     EXPECT_LT(elapsed, 600);
+    EXPECT_EQ(exchange.PollsOfLastWait(), 1) << "the change is seen at the first look";
 }
 
 TEST_F(AddressSpaceExchange, PollThatCannotReadTheFileCountsAsNoChange)
@@ -204,6 +205,7 @@ TEST_F(AddressSpaceExchange, SilentServerLeadsToTheLoadQuestionAndNoLeavesTheMod
     const long long elapsed = Since(start);
     EXPECT_GE(elapsed, 10000) << "100 polls of 100 ms";
     EXPECT_LT(elapsed, 20000);
+    EXPECT_EQ(exchange.PollsOfLastWait(), 100);
     const auto seen = answerer.Seen();
     ASSERT_EQ(seen.size(), 1u);
     EXPECT_EQ(seen[0].title, L"Load");

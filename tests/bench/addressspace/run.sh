@@ -1,7 +1,9 @@
 #!/bin/bash
 # Times saving and loading an address space of 100,000 items under Wine and,
 # in the same run, parsing the very same file with xmllint on the host as the
-# baseline; prints the seconds and the ratios to the baseline.
+# baseline; prints the seconds and the ratios to the baseline. The CSV export
+# and import of the same address space are printed with their ratios to the
+# XML save and load.
 #
 # usage: run.sh BUILD_DIR EXE   (called by scripts/run-benchmarks.sh)
 set -eu
@@ -32,3 +34,7 @@ printf 'xmllint_seconds %.3f\n' "$best"
 parse=$(awk '/^dom_parse_seconds/ {print $2}' "$OUT.txt")
 awk -v s="$save" -v l="$load" -v p="$parse" -v b="$best" \
     'BEGIN { printf "save_to_xmllint_ratio %.1f\nload_to_xmllint_ratio %.1f\ndom_parse_to_xmllint_ratio %.1f\n", s / b, l / b, p / b }'
+csv_export=$(awk '/^csv_export_seconds/ {print $2}' "$OUT.txt")
+csv_import=$(awk '/^csv_import_seconds/ {print $2}' "$OUT.txt")
+awk -v e="$csv_export" -v i="$csv_import" -v s="$save" -v l="$load" \
+    'BEGIN { printf "csv_export_to_xml_save_ratio %.2f\ncsv_import_to_xml_load_ratio %.2f\n", e / s, i / l }'

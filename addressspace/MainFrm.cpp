@@ -1,0 +1,1047 @@
+#include "addressspace/MainFrm.h"
+
+#include <commdlg.h>
+#include <shellapi.h>
+#include <windowsx.h>
+
+#include <algorithm>
+
+#include "addressspace/AddressSpaceCopy.h"
+#include "addressspace/AddressSpaceCsv.h"
+#include "addressspace/ItemId.h"
+#include "addressspace/NoCaseLess.h"
+#include "addressspace/dlgAddBranch.h"
+#include "addressspace/dlgAddItem.h"
+#include "addressspace/dlgCsvImport.h"
+#include "common/DiagnosticLog.h"
+#include "common/ErrorReport.h"
+#include "common/Exception.h"
+#include "common/FileBytes.h"
+#include "common/Handle.h"
+#include "common/Text.h"
+#include "common/Util_Variant.h"
+#include "common/ui/WaitCursor.h"
+#include "res/resource.h"
+
+namespace {
+
+constexpr wchar_t kEraseQuestion[] = L"Are you sure you want to erase the current address space?";
+constexpr wchar_t kOverwriteQuestion[] = L"Are you sure you want to overwrite the current address space?";
+constexpr wchar_t kReloadQuestion[] =
+    L"Do you want to overwrite your changes with the current configuration of the server?";
+constexpr wchar_t kSaveChangesQuestion[] = L"Do you want to save your changes?";
+constexpr wchar_t kDuplicateBranch[] =
+    L"Another branch with the same name exists on the same level. Please, enter unique name.";
+constexpr wchar_t kDuplicateItem[] =
+    L"Another OPC item with the same name exists on the same level. Please, enter unique item name.";
+constexpr wchar_t kFileFilter[] = L"XML files (*.xml)\0*.xml\0All files (*.*)\0*.*\0";
+constexpr wchar_t kCsvFilter[] = L"CSV files (*.csv)\0*.csv\0All files (*.*)\0*.*\0";
+constexpr WORD kGoodQuality = 192;
+constexpr int kSplitterPosition = 220;
+constexpr int kMinPaneWidth = 60;
+
+FILETIME Now()
+{
+    FILETIME now;
+    ::GetSystemTimeAsFileTime(&now);
+    return now;
+}
+
+// Whether the path's last component has an extension.
+bool HasExtension(const std::wstring& path)
+{
+    const size_t slash = path.find_last_of(L"\\/");
+    return path.find(L'.', slash == std::wstring::npos ? 0 : slash + 1) != std::wstring::npos;
+}
+
+std::wstring FolderOf(const std::wstring& path)
+{
+    const size_t slash = path.find_last_of(L"\\/");
+    return slash == std::wstring::npos ? std::wstring() : path.substr(0, slash);
+}
+
+int CALLBACK CompareBranchNodes(LPARAM a, LPARAM b, LPARAM /*unused*/)
+{
+    const auto* left = reinterpret_cast<const COPCServerAddressSpaceBranch*>(a);
+    const auto* right = reinterpret_cast<const COPCServerAddressSpaceBranch*>(b);
+    return _wcsicmp(left->Name().c_str(), right->Name().c_str());
+}
+
+const std::vector<CL::ToolButton>& ToolButtons()
+{
+    static const std::vector<CL::ToolButton> buttons = {
+        {ID_AS_FILE_OPEN, STD_FILEOPEN},
+        {ID_AS_FILE_SAVE, STD_FILESAVE},
+        {ID_AS_FILE_SAVE_COPY, STD_COPY},
+        {0, 0},
+        {ID_AS_EDIT_NEW_BRANCH, CL::CFrameBars::kViewImage + VIEW_NEWFOLDER},
+        {ID_AS_EDIT_NEW_ITEM, STD_FILENEW},
+        {ID_AS_EDIT_PROPERTIES, STD_PROPERTIES},
+        {ID_AS_EDIT_DELETE, STD_DELETE},
+        {0, 0},
+        {ID_AS_HELP_ABOUT, STD_HELP},
+    };
+    return buttons;
+}
+
+} // namespace
+
+CMainFrame::CMainFrame(CAddressSpaceExchange exchange) : m_exchange(std::move(exchange))
+{
+    m_openUrl = [](const std::wstring& url) {
+        ::ShellExecuteW(nullptr, L"open", url.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+    };
+}
+
+// The window goes while the members it uses still exist.
+CMainFrame::~CMainFrame()
+{
+    DestroyWindow();
+}
+
+void CMainFrame::PrepareClass(WNDCLASSEXW& wc) const
+{
+    wc.hIcon = ::LoadIconW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDI_MAIN));
+    wc.hIconSm = static_cast<HICON>(::LoadImageW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDI_MAIN), IMAGE_ICON,
+                                                 ::GetSystemMetrics(SM_CXSMICON),
+                                                 ::GetSystemMetrics(SM_CYSMICON), 0));
+    wc.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
+}
+
+HWND CMainFrame::Create()
+{
+    CL::UniqueMenu menu(::LoadMenuW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDR_EDITOR_MENU)));
+    if (!menu)
+        return nullptr;
+    RECT work = {};
+    ::SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+    const int width = std::min(820, static_cast<int>(work.right - work.left));
+    const int height = std::min(560, static_cast<int>(work.bottom - work.top));
+    const int left = work.left + (work.right - work.left - width) / 2;
+    const int top = work.top + (work.bottom - work.top - height) / 2;
+    const RECT rect = {left, top, left + width, top + height};
+    const HWND window = CreateEx(nullptr, kTitle, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, 0, &rect, menu.get());
+    if (window)
+        menu.release();   // the window's menu goes with the window
+    return window;
+}
+
+bool CMainFrame::PreTranslateMessage(MSG& msg)
+{
+    if (!IsWindow() || !m_accelerators)
+        return false;
+    if (msg.hwnd != Hwnd() && !::IsChild(Hwnd(), msg.hwnd))
+        return false;
+    return ::TranslateAcceleratorW(Hwnd(), m_accelerators, &msg) != 0;
+}
+
+LRESULT CMainFrame::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+    case WM_CREATE:
+        return OnCreate();
+    case WM_DESTROY:
+        OnDestroy();
+        return 0;
+    case WM_SIZE:
+        OnSize();
+        return 0;
+    case WM_GETMINMAXINFO: {
+        auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
+        info->ptMinTrackSize = POINT{kMinWidth, kMinHeight};
+        return 0;
+    }
+    case WM_CLOSE:
+        OnClose();
+        return 0;
+    case WM_COMMAND:
+        OnCommand(LOWORD(wParam));
+        return 0;
+    case WM_NOTIFY:
+        return OnNotify(reinterpret_cast<NMHDR*>(lParam));
+    case WM_MENUSELECT:
+        m_bars.OnMenuSelect(wParam, lParam);
+        return 0;
+    case WM_INITMENUPOPUP:
+        OnInitMenuPopup(reinterpret_cast<HMENU>(wParam));
+        return 0;
+    case WM_SYSCOLORCHANGE:
+        OnSysColorChange();
+        return 0;
+    case WM_CONTEXTMENU:
+        OnContextMenu(reinterpret_cast<HWND>(wParam), lParam);
+        return 0;
+    case WM_SETFOCUS:
+        ::SetFocus(m_lastFocus && ::IsWindow(m_lastFocus) ? m_lastFocus : m_tree);
+        return 0;
+    default:
+        return DefaultProc(message, wParam, lParam);
+    }
+}
+
+LRESULT CMainFrame::OnCreate()
+{
+    Log(3, "CMainFrame::OnCreate" + MV_POS());
+    bool created = false;
+    CL::RunReported([this, &created] {
+        m_accelerators = ::LoadAcceleratorsW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDR_EDITOR_MENU));
+        m_bars.Create(Hwnd(), ToolButtons());
+        if (!m_splitter.Create(Hwnd(), IDC_EDITOR_SPLITTER, kSplitterPosition))
+            CL::ThrowLastError(L"m_splitter.Create");
+        m_tree = ::CreateWindowExW(WS_EX_CLIENTEDGE, WC_TREEVIEWW, L"",
+                                   WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
+                                       TVS_LINESATROOT | TVS_SHOWSELALWAYS,
+                                   0, 0, 0, 0, m_splitter, reinterpret_cast<HMENU>(IDC_EDITOR_TREE),
+                                   CL::ModuleInstance(), nullptr);
+        if (!m_tree)
+            CL::ThrowLastError(L"m_tree.Create");
+        if (!m_list.Create(m_splitter, IDC_EDITOR_LIST, WS_TABSTOP))
+            CL::ThrowLastError(L"m_list.Create");
+        m_list.SetColumns(CItemRows::Columns());
+        m_list.SetRows(&m_rows);
+        m_splitter.SetPanes(m_tree, m_list);
+        // Both panes stay wide enough to be seen and grabbed.
+        m_splitter.onSplitterMove = [this](int position) {
+            RECT client = {};
+            ::GetClientRect(m_splitter, &client);
+            return position >= kMinPaneWidth && position <= client.right - CL::CSplitter::kBarWidth - kMinPaneWidth;
+        };
+        m_document.AttachViews(this);
+        Layout();
+        FillViews();
+        m_lastFocus = m_tree;
+        created = true;
+    });
+    return created ? 0 : -1;
+}
+
+void CMainFrame::OnDestroy()
+{
+    Log(3, "CMainFrame::OnDestroy" + MV_POS());
+    CL::RunReported([this] {
+        m_document.AttachViews(nullptr);
+        ClearViews();
+        m_list.SetRows(nullptr);
+        m_tree = nullptr;
+        m_lastFocus = nullptr;
+    });
+}
+
+void CMainFrame::OnSize()
+{
+    Layout();
+}
+
+void CMainFrame::Layout()
+{
+    if (!m_splitter.IsWindow())
+        return;
+    const RECT rest = m_bars.Layout();
+    ::MoveWindow(m_splitter, rest.left, rest.top, rest.right - rest.left, rest.bottom - rest.top, TRUE);
+}
+
+void CMainFrame::OnClose()
+{
+    Log(3, "CMainFrame::OnClose" + MV_POS());
+    CL::RunReported([this] {
+        if (m_document.IsDirty()) {
+            const int answer = Ask(kSaveChangesQuestion, L"Save");
+            if (answer == IDCANCEL)
+                return;
+            if (answer == IDYES) {
+                CL::CWaitCursor wait;
+                m_exchange.SaveToServer(m_document);
+            } else if (answer != IDNO) {
+                return;
+            }
+        }
+        DestroyWindow();
+    });
+}
+
+void CMainFrame::OnCommand(WORD id)
+{
+    switch (id) {
+    case ID_AS_FILE_NEW: OnFileNew(); break;
+    case ID_AS_FILE_OPEN: OnFileOpen(); break;
+    case ID_AS_FILE_SAVE: OnFileSave(); break;
+    case ID_AS_FILE_SAVE_COPY: OnFileSaveCopy(); break;
+    case ID_AS_FILE_RELOAD: OnFileReload(); break;
+    case ID_AS_FILE_EXPORT_CSV: OnFileExportCsv(); break;
+    case ID_AS_FILE_IMPORT_CSV: OnFileImportCsv(); break;
+    case ID_AS_EDIT_NEW_BRANCH: OnEditNewBranch(); break;
+    case ID_AS_EDIT_NEW_ITEM: OnEditNewItem(); break;
+    case ID_AS_EDIT_DELETE: OnEditDelete(); break;
+    case ID_AS_EDIT_HISTORY: OnEditHistory(); break;
+    case ID_AS_EDIT_PROPERTIES: OnEditProperties(); break;
+    case ID_AS_VIEW_TOOLBAR: OnViewToolbar(); break;
+    case ID_AS_VIEW_STATUS_BAR: OnViewStatusBar(); break;
+    case ID_AS_HELP_ONLINE: OnHelpOnline(); break;
+    case ID_AS_HELP_ABOUT: OnHelpAbout(); break;
+    default: break;
+    }
+}
+
+LRESULT CMainFrame::OnNotify(NMHDR* header)
+{
+    LRESULT result = 0;
+    if (m_list.OnNotify(header, &result) || m_bars.OnNotify(header, &result))
+        return result;
+    if (header->hwndFrom == m_tree && m_tree) {
+        switch (header->code) {
+        case TVN_SELCHANGEDW:
+            OnTreeSelChanged(*reinterpret_cast<NMTREEVIEWW*>(header));
+            return 0;
+        case TVN_DELETEITEMW:
+            // Each node holds a reference to its branch.
+            if (auto* branch = reinterpret_cast<COPCServerAddressSpaceBranch*>(
+                    reinterpret_cast<NMTREEVIEWW*>(header)->itemOld.lParam))
+                branch->Release();
+            return 0;
+        case NM_RCLICK:
+            OnTreeRightClick();
+            return TRUE;   // handled: no WM_CONTEXTMENU follows
+        case NM_SETFOCUS:
+            m_lastFocus = m_tree;
+            return 0;
+        case TVN_KEYDOWN:
+            if (reinterpret_cast<NMTVKEYDOWN*>(header)->wVKey == VK_TAB) {
+                ::SetFocus(m_list);
+                return TRUE;
+            }
+            return 0;
+        default:
+            return 0;
+        }
+    }
+    if (header->hwndFrom == m_list.Hwnd() && m_list.Hwnd()) {
+        switch (header->code) {
+        case NM_RCLICK:
+            OnListRightClick();
+            return TRUE;
+        case NM_DBLCLK:
+            if (reinterpret_cast<NMITEMACTIVATE*>(header)->iItem >= 0)
+                OnEditProperties();
+            return 0;
+        case NM_SETFOCUS:
+            m_lastFocus = m_list;
+            return 0;
+        case LVN_KEYDOWN:
+            if (reinterpret_cast<NMLVKEYDOWN*>(header)->wVKey == VK_TAB)
+                ::SetFocus(m_tree);
+            return 0;
+        default:
+            return 0;
+        }
+    }
+    return 0;
+}
+
+void CMainFrame::OnInitMenuPopup(HMENU menu)
+{
+    ::CheckMenuItem(menu, ID_AS_VIEW_TOOLBAR, MF_BYCOMMAND | (m_bars.ToolbarVisible() ? MF_CHECKED : MF_UNCHECKED));
+    ::CheckMenuItem(menu, ID_AS_VIEW_STATUS_BAR,
+                    MF_BYCOMMAND | (m_bars.StatusBarVisible() ? MF_CHECKED : MF_UNCHECKED));
+    // Delete and Properties act on the view with the focus: the selected
+    // branch (not the root) in the tree, the selected rows in the list.
+    const bool inTree = TreeHasFocus();
+    const COPCServerAddressSpaceBranch* branch = NodeBranch(m_tree, SelectedNode());
+    const bool hasRows = m_list.Hwnd() && !m_list.SelectedRows().empty();
+    const bool canEdit = inTree ? (branch && branch->Parent()) : hasRows;
+    const bool hasItem = m_list.Hwnd() && (m_list.FocusedRow() >= 0 || hasRows);
+    const auto enable = [menu](UINT id, bool enabled) {
+        ::EnableMenuItem(menu, id, MF_BYCOMMAND | (enabled ? MF_ENABLED : MF_GRAYED));
+    };
+    enable(ID_AS_EDIT_DELETE, canEdit);
+    enable(ID_AS_EDIT_PROPERTIES, canEdit);
+    enable(ID_AS_EDIT_HISTORY, hasItem);
+}
+
+void CMainFrame::OnSysColorChange()
+{
+    Log(3, "CMainFrame::OnSysColorChange" + MV_POS());
+    CL::RunReported([this] {
+        m_list.OnSysColorChange();
+        for (HWND child : {m_tree, m_list.Hwnd(), m_bars.Toolbar(), m_bars.StatusBar()})
+            if (child)
+                ::SendMessageW(child, WM_SYSCOLORCHANGE, 0, 0);
+    });
+}
+
+// ---- Tree and list ----------------------------------------------------------
+
+COPCServerAddressSpaceBranch* CMainFrame::NodeBranch(HWND tree, HTREEITEM node)
+{
+    if (!node)
+        return nullptr;
+    TVITEMW item = {};
+    item.mask = TVIF_PARAM | TVIF_HANDLE;
+    item.hItem = node;
+    if (!TreeView_GetItem(tree, &item))
+        return nullptr;
+    return reinterpret_cast<COPCServerAddressSpaceBranch*>(item.lParam);
+}
+
+HTREEITEM CMainFrame::SelectedNode() const
+{
+    return m_tree ? TreeView_GetSelection(m_tree) : nullptr;
+}
+
+bool CMainFrame::TreeHasFocus() const
+{
+    const HWND focus = ::GetFocus();
+    return m_tree && (focus ? focus == m_tree : m_lastFocus == m_tree);
+}
+
+HTREEITEM CMainFrame::RootNode() const
+{
+    return m_tree ? TreeView_GetRoot(m_tree) : nullptr;
+}
+
+COPCServerAddressSpaceBranch& CMainFrame::TargetBranch() const
+{
+    if (COPCServerAddressSpaceBranch* branch = NodeBranch(m_tree, SelectedNode()))
+        return *branch;
+    return *m_document.Model()->RootBranch();
+}
+
+HTREEITEM CMainFrame::TargetNode() const
+{
+    const HTREEITEM selected = SelectedNode();
+    return selected ? selected : RootNode();
+}
+
+std::wstring CMainFrame::BranchLabel(const COPCServerAddressSpaceBranch& branch) const
+{
+    if (branch.Parent() == nullptr && branch.Name().empty())
+        return kRootText;
+    return branch.Name();
+}
+
+HTREEITEM CMainFrame::InsertNode(HTREEITEM parentNode, const BranchPtr& branch)
+{
+    std::wstring text = BranchLabel(*branch);
+    TVINSERTSTRUCTW insert = {};
+    insert.hParent = parentNode ? parentNode : TVI_ROOT;
+    insert.hInsertAfter = TVI_LAST;
+    insert.item.mask = TVIF_TEXT | TVIF_PARAM;
+    insert.item.pszText = text.data();
+    insert.item.lParam = reinterpret_cast<LPARAM>(branch.get());
+    const HTREEITEM node = TreeView_InsertItem(m_tree, &insert);
+    if (!node)
+        throw CL::CException(E_FAIL, L"TreeView_InsertItem");
+    branch->AddRef();   // released on TVN_DELETEITEM
+    return node;
+}
+
+void CMainFrame::InsertSubtree(HTREEITEM parentNode, const COPCServerAddressSpaceBranch& branch)
+{
+    for (const BranchPtr& child : branch.Branches())
+        InsertSubtree(InsertNode(parentNode, child), *child);
+}
+
+void CMainFrame::SortChildren(HTREEITEM parentNode)
+{
+    TVSORTCB sort = {};
+    sort.hParent = parentNode;
+    sort.lpfnCompare = &CompareBranchNodes;
+    TreeView_SortChildrenCB(m_tree, &sort, FALSE);
+}
+
+void CMainFrame::ClearViews()
+{
+    m_clearing = true;
+    if (m_tree)
+        TreeView_DeleteAllItems(m_tree);
+    m_clearing = false;
+    m_rows.Clear();
+    if (m_list.Hwnd())
+        m_list.Reset(true);
+    m_listBranch = nullptr;
+}
+
+void CMainFrame::FillViews()
+{
+    if (!m_tree)
+        return;
+    const BranchPtr& root = m_document.Model()->RootBranch();
+    ::SendMessageW(m_tree, WM_SETREDRAW, FALSE, 0);
+    m_clearing = true;
+    HTREEITEM rootNode = nullptr;
+    try {
+        rootNode = InsertNode(nullptr, root);
+        InsertSubtree(rootNode, *root);
+    } catch (...) {
+        m_clearing = false;
+        ::SendMessageW(m_tree, WM_SETREDRAW, TRUE, 0);
+        throw;
+    }
+    m_clearing = false;
+    TreeView_Expand(m_tree, rootNode, TVE_EXPAND);
+    ::SendMessageW(m_tree, WM_SETREDRAW, TRUE, 0);
+    ::InvalidateRect(m_tree, nullptr, TRUE);
+    TreeView_SelectItem(m_tree, rootNode);
+    if (m_listBranch.get() != root.get())
+        FillList(root.get());
+}
+
+void CMainFrame::FillList(COPCServerAddressSpaceBranch* branch)
+{
+    m_listBranch = branch;
+    if (branch)
+        m_rows.Assign(branch->Items());
+    else
+        m_rows.Clear();
+    m_list.Reset(true);
+}
+
+void CMainFrame::OnTreeSelChanged(const NMTREEVIEWW& change)
+{
+    if (m_clearing)
+        return;
+    Log(3, "CMainFrame::OnTreeSelChanged" + MV_POS());
+    CL::RunReported([this, &change] {
+        CL::CWaitCursor wait;
+        FillList(reinterpret_cast<COPCServerAddressSpaceBranch*>(change.itemNew.lParam));
+    });
+}
+
+void CMainFrame::OnTreeRightClick()
+{
+    Log(3, "CMainFrame::OnTreeRightClick" + MV_POS());
+    CL::RunReported([this] {
+        POINT screen = {};
+        ::GetCursorPos(&screen);
+        TVHITTESTINFO hit = {};
+        hit.pt = screen;
+        ::ScreenToClient(m_tree, &hit.pt);
+        // The node under the mouse becomes the selection the menu acts on.
+        if (const HTREEITEM node = TreeView_HitTest(m_tree, &hit))
+            TreeView_SelectItem(m_tree, node);
+        ::SetFocus(m_tree);
+        ShowContextMenu(IDR_EDITOR_TREE_MENU, screen);
+    });
+}
+
+void CMainFrame::OnListRightClick()
+{
+    Log(3, "CMainFrame::OnListRightClick" + MV_POS());
+    CL::RunReported([this] {
+        POINT screen = {};
+        ::GetCursorPos(&screen);
+        ::SetFocus(m_list);
+        ShowContextMenu(IDR_EDITOR_LIST_MENU, screen);
+    });
+}
+
+void CMainFrame::OnContextMenu(HWND control, LPARAM position)
+{
+    Log(3, "CMainFrame::OnContextMenu" + MV_POS());
+    CL::RunReported([this, control, position] {
+        POINT screen = {GET_X_LPARAM(position), GET_Y_LPARAM(position)};
+        const bool fromKeyboard = position == -1;
+        if (control == m_tree) {
+            RECT rect = {};
+            if (fromKeyboard) {
+                const HTREEITEM node = SelectedNode();
+                if (!node || !TreeView_GetItemRect(m_tree, node, &rect, TRUE))
+                    ::GetClientRect(m_tree, &rect);
+                screen = POINT{rect.left, rect.bottom};
+                ::ClientToScreen(m_tree, &screen);
+            }
+            ShowContextMenu(IDR_EDITOR_TREE_MENU, screen);
+        } else if (control == m_list.Hwnd()) {
+            if (fromKeyboard) {
+                RECT rect = {};
+                const long long focused = m_list.FocusedRow();
+                const int line = focused < 0 ? -1 : m_list.DisplayIndexOf(static_cast<size_t>(focused));
+                if (line < 0 || !ListView_GetItemRect(m_list, line, &rect, LVIR_LABEL))
+                    ::GetClientRect(m_list, &rect);
+                screen = POINT{rect.left, rect.bottom};
+                ::ClientToScreen(m_list, &screen);
+            }
+            ShowContextMenu(IDR_EDITOR_LIST_MENU, screen);
+        }
+    });
+}
+
+void CMainFrame::ShowContextMenu(int menuId, POINT screen)
+{
+    CL::UniqueMenu menu(::LoadMenuW(CL::ModuleInstance(), MAKEINTRESOURCEW(menuId)));
+    if (!menu)
+        CL::ThrowLastError(L"LoadMenuW");
+    ::TrackPopupMenu(::GetSubMenu(menu.get(), 0), TPM_LEFTALIGN | TPM_RIGHTBUTTON, screen.x, screen.y, 0, Hwnd(),
+                     nullptr);
+}
+
+// ---- File commands ----------------------------------------------------------
+
+void CMainFrame::ReplaceModel(CAddressSpaceDocument::ModelPtr model)
+{
+    ClearViews();
+    m_document.SetModel(std::move(model));
+    m_document.SetDirty();
+    FillViews();
+}
+
+void CMainFrame::OnFileNew()
+{
+    Log(3, "CMainFrame::OnFileNew" + MV_POS());
+    CL::RunReported([this] {
+        if (Ask(kEraseQuestion, L"New") != IDYES)
+            return;
+        ReplaceModel(CAddressSpaceDocument::ModelPtr::Make());
+    });
+}
+
+void CMainFrame::OnFileOpen()
+{
+    Log(3, "CMainFrame::OnFileOpen" + MV_POS());
+    CL::RunReported([this] {
+        OPENFILENAMEW ofn = {};
+        ofn.lStructSize = sizeof ofn;
+        ofn.hwndOwner = Hwnd();
+        ofn.lpstrFilter = kFileFilter;
+        ofn.nFilterIndex = 1;
+        ofn.lpstrFile = m_openPath;
+        ofn.nMaxFile = static_cast<DWORD>(std::size(m_openPath));
+        ofn.lpstrTitle = L"Open";
+        // The first time, the folder of the server's exchange file.
+        const std::wstring folder = FolderOf(m_exchange.ExchangeFile());
+        ofn.lpstrInitialDir = folder.c_str();
+        ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
+        if (!::GetOpenFileNameW(&ofn))
+            return;
+        CL::CWaitCursor wait;
+        // Loaded aside first: a file that fails to load changes nothing.
+        auto model = CAddressSpaceDocument::ModelPtr::Make();
+        model->Load(m_openPath);
+        ReplaceModel(std::move(model));
+    });
+}
+
+void CMainFrame::OnFileSave()
+{
+    Log(3, "CMainFrame::OnFileSave" + MV_POS());
+    CL::RunReported([this] {
+        if (Ask(kOverwriteQuestion, L"Save") != IDYES)
+            return;
+        CL::CWaitCursor wait;
+        m_exchange.SaveToServer(m_document);
+    });
+}
+
+void CMainFrame::OnFileSaveCopy()
+{
+    Log(3, "CMainFrame::OnFileSaveCopy" + MV_POS());
+    CL::RunReported([this] {
+        OPENFILENAMEW ofn = {};
+        ofn.lStructSize = sizeof ofn;
+        ofn.hwndOwner = Hwnd();
+        ofn.lpstrFilter = kFileFilter;
+        ofn.nFilterIndex = 1;
+        ofn.lpstrFile = m_copyPath;
+        ofn.nMaxFile = static_cast<DWORD>(std::size(m_copyPath));
+        ofn.lpstrTitle = L"Save a copy";
+        const std::wstring folder = FolderOf(m_exchange.ExchangeFile());
+        ofn.lpstrInitialDir = folder.c_str();
+        ofn.Flags = OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOREADONLYRETURN;
+        if (!::GetSaveFileNameW(&ofn))
+            return;
+        std::wstring path = m_copyPath;
+        if (ofn.nFilterIndex == 1 && !HasExtension(path))
+            path += L".xml";
+        CL::CWaitCursor wait;
+        m_document.Model()->Save(path);
+    });
+}
+
+void CMainFrame::OnFileExportCsv()
+{
+    Log(3, "CMainFrame::OnFileExportCsv" + MV_POS());
+    CL::RunReported([this] {
+        OPENFILENAMEW ofn = {};
+        ofn.lStructSize = sizeof ofn;
+        ofn.hwndOwner = Hwnd();
+        ofn.lpstrFilter = kCsvFilter;
+        ofn.nFilterIndex = 1;
+        ofn.lpstrFile = m_csvPath;
+        ofn.nMaxFile = static_cast<DWORD>(std::size(m_csvPath));
+        ofn.lpstrTitle = L"Export CSV";
+        ofn.Flags = OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOREADONLYRETURN;
+        if (!::GetSaveFileNameW(&ofn))
+            return;
+        std::wstring path = m_csvPath;
+        if (ofn.nFilterIndex == 1 && !HasExtension(path))
+            path += L".csv";
+        CL::CWaitCursor wait;
+        CL::WriteWholeFile(path, CL::ExportAddressSpaceCsv(*m_document.Model()));
+    });
+}
+
+void CMainFrame::OnFileImportCsv()
+{
+    Log(3, "CMainFrame::OnFileImportCsv" + MV_POS());
+    CL::RunReported([this] {
+        OPENFILENAMEW ofn = {};
+        ofn.lStructSize = sizeof ofn;
+        ofn.hwndOwner = Hwnd();
+        ofn.lpstrFilter = kCsvFilter;
+        ofn.nFilterIndex = 1;
+        ofn.lpstrFile = m_csvPath;
+        ofn.nMaxFile = static_cast<DWORD>(std::size(m_csvPath));
+        ofn.lpstrTitle = L"Import CSV";
+        ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
+        if (!::GetOpenFileNameW(&ofn))
+            return;
+        // Columns the file lacks take what the item dialog offers a new item.
+        const CdlgAddItem fresh;
+        const CL::CsvItemDefaults defaults = {fresh.dataType, fresh.readable, fresh.writable, fresh.archive,
+                                              fresh.scanRate};
+        CL::CsvImportPlan plan;
+        {
+            CL::CWaitCursor wait;
+            plan = CL::ReadAddressSpaceCsv(CL::ReadWholeFile(m_csvPath), defaults);
+        }
+        CdlgCsvImport report(plan, m_csvPath + ofn.nFileOffset);
+        if (report.DoModal(Hwnd()) != IDOK)
+            return;
+        // Applied to a copy: the model changes only when the whole import went through.
+        CL::CWaitCursor wait;
+        auto model = CL::CopyAddressSpace(*m_document.Model());
+        const CL::CsvImportResult result = CL::ApplyCsvImport(plan, *model, report.updateExisting);
+        ReplaceModel(std::move(model));
+        m_bars.SetStatusText(CL::Format(L"CSV import: %zu item(s) added, %zu updated, %zu left as they were, "
+                                        L"%zu branch(es) created. Save sends the address space to the server.",
+                                        result.added, result.updated, result.leftAlone, result.branchesCreated));
+    });
+}
+
+void CMainFrame::OnFileReload()
+{
+    Log(3, "CMainFrame::OnFileReload" + MV_POS());
+    CL::RunReported([this] {
+        if (m_document.IsDirty() && Ask(kReloadQuestion, L"Reload") != IDYES)
+            return;
+        CL::CWaitCursor wait;
+        if (!m_exchange.LoadFromServer(m_document))
+            return;
+        ClearViews();
+        FillViews();
+    });
+}
+
+// ---- Edit commands ----------------------------------------------------------
+
+void CMainFrame::OnEditNewBranch()
+{
+    Log(3, "CMainFrame::OnEditNewBranch" + MV_POS());
+    CL::RunReported([this] {
+        COPCServerAddressSpaceBranch& parent = TargetBranch();
+        const HTREEITEM parentNode = TargetNode();
+        std::wstring name;
+        for (;;) {
+            CdlgAddBranch dialog;
+            dialog.addMode = true;
+            dialog.name = name;
+            dialog.parent = BranchLabel(parent);
+            const INT_PTR result = dialog.DoModal(Hwnd());
+            if (result != IDOK && result != IDC_SAVE_AND_NEW)
+                return;
+            if (parent.FindBranch(dialog.name)) {
+                // Whichever button was used, the name is asked again.
+                ShowError(kDuplicateBranch, L"Add Branch");
+                name = dialog.name;
+                continue;
+            }
+            BranchPtr branch = BranchPtr::Make(dialog.name);
+            parent.AddBranch(branch);
+            if (parentNode) {
+                InsertNode(parentNode, branch);
+                SortChildren(parentNode);
+                TreeView_Expand(m_tree, parentNode, TVE_EXPAND);
+            }
+            m_document.SetDirty();
+            if (result == IDOK)
+                return;
+            name.clear();
+        }
+    });
+}
+
+void CMainFrame::OnEditNewItem()
+{
+    Log(3, "CMainFrame::OnEditNewItem" + MV_POS());
+    CL::RunReported([this] {
+        COPCServerAddressSpaceBranch& branch = TargetBranch();
+        for (;;) {
+            CdlgAddItem dialog;
+            dialog.addMode = true;
+            dialog.branch = BranchLabel(branch);
+            const INT_PTR result = dialog.DoModal(Hwnd());
+            if (result != IDOK && result != IDC_SAVE_AND_NEW)
+                return;
+            if (branch.FindItem(dialog.name)) {
+                ShowError(kDuplicateItem, L"Add Item");
+            } else {
+                const DWORD rights = (dialog.readable ? COPCItem::kReadable : 0) |
+                                     (dialog.writable ? COPCItem::kWritable : 0);
+                ItemPtr item = ItemPtr::Make(rights, dialog.scanRate, dialog.archive, kGoodQuality, dialog.dataType,
+                                             nullptr);
+                item->Rename(dialog.name.c_str());
+                item->SetValue(dialog.value);
+                item->SetValueTime(Now());
+                branch.AddItem(item);
+                if (&branch == m_listBranch.get()) {
+                    m_rows.Append(item);
+                    m_list.AppendRow(m_rows.RowCount() - 1);
+                }
+                m_document.SetDirty();
+            }
+            // Unlike a branch, an item refused after "Save" is dropped: only
+            // "Save and Create New" asks again.
+            if (result != IDC_SAVE_AND_NEW)
+                return;
+        }
+    });
+}
+
+void CMainFrame::OnEditDelete()
+{
+    Log(3, "CMainFrame::OnEditDelete" + MV_POS());
+    CL::RunReported([this] {
+        if (TreeHasFocus())
+            DeleteSelectedBranch();
+        else
+            DeleteSelectedItems();
+    });
+}
+
+void CMainFrame::DeleteSelectedBranch()
+{
+    const HTREEITEM node = SelectedNode();
+    COPCServerAddressSpaceBranch* branch = NodeBranch(m_tree, node);
+    if (!branch || !branch->Parent()) {
+        ::MessageBeep(MB_OK);   // the root stays
+        return;
+    }
+    branch->Parent()->RemoveBranch(branch->Name());
+    TreeView_DeleteItem(m_tree, node);
+    m_document.SetDirty();
+}
+
+void CMainFrame::DeleteSelectedItems()
+{
+    const std::vector<size_t> rows = m_list.SelectedRows();
+    if (rows.empty() || !m_listBranch)
+        return;
+    for (size_t row : rows)
+        m_listBranch->RemoveItem(m_rows.ItemAt(row)->Name());
+    m_rows.Remove(rows);
+    m_list.RemoveRows(rows);
+    m_document.SetDirty();
+}
+
+void CMainFrame::OnEditHistory()
+{
+    Log(3, "CMainFrame::OnEditHistory" + MV_POS());
+    CL::RunReported([this] {
+        long long row = m_list.FocusedRow();
+        if (row < 0) {
+            const std::vector<size_t> selected = m_list.SelectedRows();
+            if (selected.empty())
+                return;
+            row = static_cast<long long>(selected.front());
+        }
+        const std::wstring itemId = ArchivedItemId(*m_rows.ItemAt(static_cast<size_t>(row)));
+        if (m_history)
+            m_history(Hwnd(), itemId);
+        else
+            ::MessageBoxW(Hwnd(), L"The historical data window is not available in this program.",
+                          L"OPC HDA Database Explorer", MB_OK | MB_ICONINFORMATION);
+    });
+}
+
+void CMainFrame::OnEditProperties()
+{
+    Log(3, "CMainFrame::OnEditProperties" + MV_POS());
+    CL::RunReported([this] {
+        if (TreeHasFocus())
+            BranchProperties();
+        else
+            ItemProperties();
+    });
+}
+
+void CMainFrame::BranchProperties()
+{
+    const HTREEITEM node = SelectedNode();
+    COPCServerAddressSpaceBranch* branch = NodeBranch(m_tree, node);
+    if (!branch || !branch->Parent()) {
+        ::MessageBeep(MB_OK);   // the root has no name to edit
+        return;
+    }
+    COPCServerAddressSpaceBranch& parent = *branch->Parent();
+    std::wstring name = branch->Name();
+    for (;;) {
+        CdlgAddBranch dialog;
+        dialog.addMode = false;
+        dialog.name = name;
+        dialog.parent = BranchLabel(parent);
+        const INT_PTR result = dialog.DoModal(Hwnd());
+        if (result != IDOK && result != IDC_SAVE_AND_NEW)
+            return;
+        if (!EqualNoCase(dialog.name, branch->Name()) && parent.FindBranch(dialog.name)) {
+            ShowError(kDuplicateBranch, L"Add Branch");
+            name = dialog.name;
+            continue;
+        }
+        const std::wstring before = branch->Name();
+        branch->Rename(dialog.name.c_str());
+        if (branch->Name() != before) {
+            std::wstring text = branch->Name();
+            TVITEMW item = {};
+            item.mask = TVIF_TEXT | TVIF_HANDLE;
+            item.hItem = node;
+            item.pszText = text.data();
+            TreeView_SetItem(m_tree, &item);
+            SortChildren(TreeView_GetParent(m_tree, node));
+            m_document.SetDirty();
+        }
+        return;
+    }
+}
+
+void CMainFrame::ItemProperties()
+{
+    const std::vector<size_t> rows = m_list.SelectedRows();
+    if (rows.empty() || !m_listBranch)
+        return;
+    if (rows.size() == 1)
+        EditOneItem(rows.front());
+    else
+        EditSeveralItems(rows);
+}
+
+void CMainFrame::FillItemDialog(CdlgAddItem& dialog, const COPCItem& item) const
+{
+    dialog.addMode = false;
+    dialog.name = item.Name();
+    dialog.branch = m_listBranch ? BranchLabel(*m_listBranch) : std::wstring();
+    dialog.dataType = item.CanonicalDataType();
+    try {
+        dialog.valueText = CL::VariantToString(item.Value(), CL::kLocaleSystemDefault, CL::kArraySeparator);
+    } catch (const CL::CException&) {
+        dialog.valueText.clear();   // no text for this value: the user types one
+    }
+    dialog.readable = item.Readable();
+    dialog.writable = item.Writable();
+    dialog.scanRate = item.ScanRate();
+    dialog.archive = item.Archive();
+}
+
+void CMainFrame::ApplyItemFields(COPCItem& item, const CdlgAddItem& dialog)
+{
+    item.SetAccessRights((dialog.readable ? COPCItem::kReadable : 0) | (dialog.writable ? COPCItem::kWritable : 0));
+    item.SetScanRate(dialog.scanRate);
+    item.SetArchive(dialog.archive);
+    item.SetCanonicalDataType(dialog.dataType);
+    item.SetValue(dialog.value);
+    item.SetQuality(kGoodQuality);
+    item.SetValueTime(Now());
+}
+
+void CMainFrame::EditOneItem(size_t row)
+{
+    const ItemPtr item = m_rows.ItemAt(row);
+    CdlgAddItem dialog;
+    FillItemDialog(dialog, *item);
+    const INT_PTR result = dialog.DoModal(Hwnd());
+    if (result != IDOK && result != IDC_SAVE_AND_NEW)
+        return;
+    COPCServerAddressSpaceBranch& branch = *m_listBranch;
+    const std::wstring oldName = item->Name();
+    if (!EqualNoCase(dialog.name, oldName) && branch.FindItem(dialog.name)) {
+        ShowError(kDuplicateItem, L"Add Item");
+        return;
+    }
+    if (dialog.name.empty())
+        throw CL::CException(E_INVALIDARG, L"COPCItem::Rename");
+    // Out of the branch while it changes, back in under its (new) name.
+    const ItemPtr taken = branch.RemoveItem(oldName);
+    try {
+        ApplyItemFields(*taken, dialog);
+        taken->Rename(dialog.name.c_str());
+    } catch (...) {
+        branch.AddItem(taken);
+        throw;
+    }
+    branch.AddItem(taken);
+    m_rows.Refresh(row);
+    m_list.UpdateRow(row);
+    m_document.SetDirty();
+}
+
+void CMainFrame::EditSeveralItems(const std::vector<size_t>& rows)
+{
+    CdlgAddItem dialog;
+    FillItemDialog(dialog, *m_rows.ItemAt(rows.front()));
+    dialog.multipleSelection = true;
+    const INT_PTR result = dialog.DoModal(Hwnd());
+    if (result != IDOK && result != IDC_SAVE_AND_NEW)
+        return;
+    for (size_t row : rows) {
+        ApplyItemFields(*m_rows.ItemAt(row), dialog);
+        m_rows.Refresh(row);
+        m_list.UpdateRow(row);
+    }
+    m_document.SetDirty();
+}
+
+// ---- View and Help ----------------------------------------------------------
+
+void CMainFrame::OnViewToolbar()
+{
+    Log(3, "CMainFrame::OnViewToolbar" + MV_POS());
+    CL::RunReported([this] {
+        m_bars.ShowToolbar(!m_bars.ToolbarVisible());
+        Layout();
+    });
+}
+
+void CMainFrame::OnViewStatusBar()
+{
+    Log(3, "CMainFrame::OnViewStatusBar" + MV_POS());
+    CL::RunReported([this] {
+        m_bars.ShowStatusBar(!m_bars.StatusBarVisible());
+        Layout();
+    });
+}
+
+void CMainFrame::OnHelpOnline()
+{
+    Log(3, "CMainFrame::OnHelpOnline" + MV_POS());
+    CL::RunReported([this] {
+        if (m_openUrl)
+            m_openUrl(kHelpUrl);
+    });
+}
+
+void CMainFrame::OnHelpAbout()
+{
+    Log(3, "CMainFrame::OnHelpAbout" + MV_POS());
+    CL::RunReported([this] {
+        if (m_about)
+            m_about(Hwnd());
+    });
+}
+
+int CMainFrame::Ask(const wchar_t* text, const wchar_t* caption)
+{
+    return ::MessageBoxW(Hwnd(), text, caption, MB_YESNOCANCEL | MB_ICONQUESTION);
+}
+
+void CMainFrame::ShowError(const wchar_t* text, const wchar_t* caption)
+{
+    ::MessageBoxW(Hwnd(), text, caption, MB_OK | MB_ICONERROR);
+}

@@ -1,0 +1,169 @@
+#pragma once
+// CMainFrame: the address space editor, a top-level frame window with a menu,
+// a toolbar and a status bar; a splitter holds the tree of branches (left)
+// and the list of the selected branch's items (right). The frame owns the
+// document (the edited address space and its dirty flag) and the exchange
+// with the server; the tray window creates it on demand after loading the
+// server's address space, and it lives until the user closes it.
+//
+// Every command handler writes its trace line and runs inside the one error
+// report; a failure ends the command and leaves model, views and dirty flag
+// as they were.
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "addressspace/AddressSpaceDocument.h"
+#include "addressspace/AddressSpaceExchange.h"
+#include "addressspace/ItemRows.h"
+#include "common/Window.h"
+#include "common/ui/FrameBars.h"
+#include "common/ui/ReportList.h"
+#include "common/ui/Splitter.h"
+
+class CdlgAddItem;
+
+class CMainFrame : public CL::CWindow, public IAddressSpaceViews {
+public:
+    using BranchPtr = CL::CSmartPtr<COPCServerAddressSpaceBranch>;
+    using ItemPtr = CL::CSmartPtr<COPCItem>;
+    // Opens the historical data of an item (owner window, archived item ID).
+    using HistoryHook = std::function<void(HWND, const std::wstring&)>;
+    // Shows the about dialog over the owner window.
+    using AboutHook = std::function<void(HWND)>;
+    // Opens a web address.
+    using UrlOpener = std::function<void(const std::wstring&)>;
+
+    static constexpr wchar_t kClassName[] = L"MorvaneAddressSpaceEditor";
+    static constexpr wchar_t kTitle[] = L" OPC Address Space";
+    static constexpr wchar_t kHelpUrl[] = L"https://www.varnel.example/opc-server-engine/help/";
+    static constexpr wchar_t kRootText[] = L"Address Space";
+    static constexpr int kMinWidth = 480;
+    static constexpr int kMinHeight = 320;
+
+    explicit CMainFrame(CAddressSpaceExchange exchange = CAddressSpaceExchange());
+    ~CMainFrame() override;
+
+    CAddressSpaceDocument& Document() { return m_document; }
+    CAddressSpaceExchange& Exchange() { return m_exchange; }
+
+    // Creates the window (hidden; the caller shows it) on the document's
+    // current address space. Returns NULL on failure with the last error set.
+    HWND Create();
+
+    void SetHistoryHook(HistoryHook hook) { m_history = std::move(hook); }
+    void SetAboutHook(AboutHook hook) { m_about = std::move(hook); }
+    void SetUrlOpener(UrlOpener opener) { m_openUrl = std::move(opener); }
+
+    // The editor's keyboard accelerators; true when the message was one.
+    bool PreTranslateMessage(MSG& msg);
+
+    // The views, for the tray's glue and for tests.
+    HWND Tree() const { return m_tree; }
+    HWND List() const { return m_list.Hwnd(); }
+    CL::CReportList& ReportList() { return m_list; }
+    const CItemRows& Rows() const { return m_rows; }
+    CL::CFrameBars& Bars() { return m_bars; }
+    CL::CSplitter& Splitter() { return m_splitter; }
+    // The branch of a tree node (the root node's is the root branch).
+    static COPCServerAddressSpaceBranch* NodeBranch(HWND tree, HTREEITEM node);
+    // The view (tree or list) that had the keyboard focus last.
+    HWND LastFocusedView() const { return m_lastFocus; }
+    // The branch whose items the list shows.
+    COPCServerAddressSpaceBranch* ListBranch() const { return m_listBranch.get(); }
+
+    // IAddressSpaceViews: empties the tree and the list; fills the tree from
+    // the root and the list for the selection (the root's node).
+    void ClearViews() override;
+    void FillViews() override;
+
+protected:
+    const wchar_t* ClassName() const override { return kClassName; }
+    void PrepareClass(WNDCLASSEXW& wc) const override;
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+private:
+    // Window messages.
+    LRESULT OnCreate();
+    void OnDestroy();
+    void OnSize();
+    void OnClose();
+    void OnCommand(WORD id);
+    LRESULT OnNotify(NMHDR* header);
+    void OnInitMenuPopup(HMENU menu);
+    void OnSysColorChange();
+    void OnContextMenu(HWND control, LPARAM position);
+
+    // Commands.
+    void OnFileNew();
+    void OnFileOpen();
+    void OnFileSave();
+    void OnFileSaveCopy();
+    void OnFileReload();
+    void OnFileExportCsv();
+    void OnFileImportCsv();
+    void OnEditNewBranch();
+    void OnEditNewItem();
+    void OnEditDelete();
+    void OnEditHistory();
+    void OnEditProperties();
+    void OnViewToolbar();
+    void OnViewStatusBar();
+    void OnHelpOnline();
+    void OnHelpAbout();
+
+    // Tree and list.
+    void OnTreeSelChanged(const NMTREEVIEWW& change);
+    void OnTreeRightClick();
+    void OnListRightClick();
+    void ShowContextMenu(int menuId, POINT screen);
+    HTREEITEM InsertNode(HTREEITEM parentNode, const BranchPtr& branch);
+    void InsertSubtree(HTREEITEM parentNode, const COPCServerAddressSpaceBranch& branch);
+    void SortChildren(HTREEITEM parentNode);
+    HTREEITEM SelectedNode() const;
+    // Whether the tree has the keyboard focus; while the window is inactive
+    // (no focus in this thread), whether it had it last.
+    bool TreeHasFocus() const;
+    HTREEITEM RootNode() const;
+    // The selected branch, or the root when nothing is selected.
+    COPCServerAddressSpaceBranch& TargetBranch() const;
+    HTREEITEM TargetNode() const;
+    void FillList(COPCServerAddressSpaceBranch* branch);
+    void Layout();
+
+    // Edits behind the commands.
+    void DeleteSelectedBranch();
+    void DeleteSelectedItems();
+    void BranchProperties();
+    void ItemProperties();
+    void EditOneItem(size_t row);
+    void FillItemDialog(CdlgAddItem& dialog, const COPCItem& item) const;
+    std::wstring BranchLabel(const COPCServerAddressSpaceBranch& branch) const;
+    void EditSeveralItems(const std::vector<size_t>& rows);
+    static void ApplyItemFields(COPCItem& item, const CdlgAddItem& dialog);
+    void ReplaceModel(CAddressSpaceDocument::ModelPtr model);
+    int Ask(const wchar_t* text, const wchar_t* caption);
+    void ShowError(const wchar_t* text, const wchar_t* caption);
+
+    CAddressSpaceDocument m_document;
+    CAddressSpaceExchange m_exchange;
+    CL::CFrameBars m_bars;
+    CL::CSplitter m_splitter;
+    HWND m_tree = nullptr;
+    CL::CReportList m_list;
+    CItemRows m_rows;
+    BranchPtr m_listBranch;
+    HACCEL m_accelerators = nullptr;
+    bool m_clearing = false;
+    HWND m_lastFocus = nullptr;
+    wchar_t m_openPath[261] = {};
+    wchar_t m_copyPath[261] = {};
+    wchar_t m_csvPath[261] = {};
+    HistoryHook m_history;
+    AboutHook m_about;
+    UrlOpener m_openUrl;
+};

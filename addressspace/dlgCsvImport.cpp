@@ -1,0 +1,102 @@
+#include "addressspace/dlgCsvImport.h"
+
+#include "common/DiagnosticLog.h"
+#include "common/ErrorReport.h"
+#include "common/Text.h"
+#include "res/resource.h"
+
+CdlgCsvImport::CdlgCsvImport(const CL::CsvImportPlan& plan, std::wstring fileName)
+    : m_plan(plan), m_fileName(std::move(fileName))
+{
+}
+
+INT_PTR CdlgCsvImport::DoModal(HWND owner)
+{
+    return CDialog::DoModal(owner, IDD_CSV_IMPORT);
+}
+
+std::wstring CdlgCsvImport::Summary(const CL::CsvImportPlan& plan, const std::wstring& fileName)
+{
+    std::wstring text = CL::Format(L"%zu item(s) can be imported from \"%ls\".", plan.items.size(), fileName.c_str());
+    if (plan.rejected.empty())
+        text += L" Every line can be taken.";
+    else
+        text += CL::Format(L" %zu line(s) cannot be taken; they are listed below and left out of the import.",
+                           plan.rejected.size());
+    return text;
+}
+
+BOOL CdlgCsvImport::OnInitDialog()
+{
+    Log(3, "CdlgCsvImport::OnInitDialog" + MV_POS());
+    CL::RunReported([this] {
+        ::SetDlgItemTextW(Hwnd(), IDC_CSV_SUMMARY, Summary(m_plan, m_fileName).c_str());
+        m_list.Attach(GetDlgItem(IDC_CSV_REJECTED));
+        m_list.SetColumns({{L"Line", 60}, {L"Reason", 400}});
+        m_list.SetRows(this);
+        ::CheckDlgButton(Hwnd(), IDC_CSV_UPDATE, updateExisting ? BST_CHECKED : BST_UNCHECKED);
+        ::EnableWindow(GetDlgItem(IDOK), !m_plan.items.empty());
+        if (m_plan.items.empty())
+            ::SendMessageW(Hwnd(), DM_SETDEFID, IDCANCEL, 0);
+        m_anchors.Add(IDC_CSV_SUMMARY, CL::CDialogAnchors::kStretchX);
+        m_anchors.Add(IDC_CSV_REJECTED_LABEL, CL::CDialogAnchors::kStretchX);
+        m_anchors.Add(IDC_CSV_REJECTED, CL::CDialogAnchors::kStretchX | CL::CDialogAnchors::kStretchY);
+        m_anchors.Add(IDC_CSV_UPDATE, CL::CDialogAnchors::kStretchX | CL::CDialogAnchors::kBottom);
+        m_anchors.Add(IDOK, CL::CDialogAnchors::kRight | CL::CDialogAnchors::kBottom);
+        m_anchors.Add(IDCANCEL, CL::CDialogAnchors::kRight | CL::CDialogAnchors::kBottom);
+        m_anchors.Capture(Hwnd());
+    });
+    return TRUE;
+}
+
+bool CdlgCsvImport::OnCommand(WORD id, WORD /*code*/, HWND /*control*/)
+{
+    if (id != IDOK && id != IDCANCEL)
+        return false;
+    updateExisting = ::IsDlgButtonChecked(Hwnd(), IDC_CSV_UPDATE) == BST_CHECKED;
+    EndDialog(id);
+    return true;
+}
+
+INT_PTR CdlgCsvImport::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+    case WM_NOTIFY: {
+        LRESULT result = 0;
+        if (m_list.OnNotify(reinterpret_cast<NMHDR*>(lParam), &result)) {
+            ::SetWindowLongPtrW(Hwnd(), DWLP_MSGRESULT, result);
+            return TRUE;
+        }
+        return FALSE;
+    }
+    case WM_SIZE:
+        m_anchors.OnSize(LOWORD(lParam), HIWORD(lParam));
+        return TRUE;
+    case WM_GETMINMAXINFO:
+        m_anchors.OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO*>(lParam));
+        return TRUE;
+    case WM_SYSCOLORCHANGE:
+        m_list.OnSysColorChange();
+        return FALSE;
+    default:
+        return CDialog::DialogProc(message, wParam, lParam);
+    }
+}
+
+size_t CdlgCsvImport::RowCount() const
+{
+    return m_plan.rejected.size();
+}
+
+std::wstring CdlgCsvImport::CellText(size_t row, int column) const
+{
+    const CL::CsvRejectedLine& line = m_plan.rejected.at(row);
+    return column == 0 ? std::to_wstring(line.line) : line.reason;
+}
+
+bool CdlgCsvImport::Less(size_t a, size_t b, int column) const
+{
+    if (column == 0)
+        return m_plan.rejected.at(a).line < m_plan.rejected.at(b).line;
+    return IReportRows::Less(a, b, column);
+}

@@ -1,0 +1,61 @@
+#include "app/AddressSpaceEditor.h"
+
+#include "app/AboutDlg.h"
+
+namespace CL {
+
+CAddressSpaceEditor::CAddressSpaceEditor(CHistorian& historian, CAddressSpaceExchange exchange)
+    : m_historian(historian), m_frame(std::move(exchange))
+{
+    m_frame.SetHistoryHook(MakeHistoricalDataHook(historian));
+    m_frame.SetAboutHook([](HWND owner) {
+        CAboutDlg dialog;
+        dialog.DoModal(owner);
+    });
+}
+
+CAddressSpaceEditor::~CAddressSpaceEditor()
+{
+    if (m_loop)
+        m_loop->RemoveMessageFilter(this);
+    m_frame.DestroyWindow();
+}
+
+void CAddressSpaceEditor::SetHistoricalDataOpener(HistoricalDataOpener opener)
+{
+    m_frame.SetHistoryHook(MakeHistoricalDataHook(m_historian, std::move(opener)));
+}
+
+HWND CAddressSpaceEditor::Window() const
+{
+    return m_frame.IsWindow() ? m_frame.Hwnd() : nullptr;
+}
+
+bool CAddressSpaceEditor::PrepareOpen()
+{
+    return m_frame.Exchange().LoadFromServer(m_frame.Document());
+}
+
+bool CAddressSpaceEditor::Create()
+{
+    if (!m_frame.Create())
+        return false;
+    // The accelerators work through the program's loop (none in tests).
+    if (!m_loop && CMessageLoop::Current()) {
+        m_loop = CMessageLoop::Current();
+        m_loop->AddMessageFilter(this);
+    }
+    return true;
+}
+
+void CAddressSpaceEditor::ReloadFromFile()
+{
+    m_frame.Exchange().ReloadFromFile(m_frame.Document());
+}
+
+bool CAddressSpaceEditor::PreTranslateMessage(MSG& msg)
+{
+    return m_frame.PreTranslateMessage(msg);
+}
+
+} // namespace CL

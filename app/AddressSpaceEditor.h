@@ -1,0 +1,41 @@
+#pragma once
+// CAddressSpaceEditor: the real address space editor as the tray window sees
+// it (CL::IAddressSpaceEditor). It owns the editor frame (CMainFrame) with
+// its document, loads the server's address space before the window opens,
+// gives the frame's accelerators to the program's message loop, and connects
+// the frame's "About" and historical data commands to the app's windows.
+#include <memory>
+
+#include "addressspace/MainFrm.h"
+#include "app/AddressSpaceEditorPart.h"
+#include "app/HistoricalDataHook.h"
+#include "app/MessageLoop.h"
+
+namespace CL {
+
+class CHistorian;
+
+class CAddressSpaceEditor : public IAddressSpaceEditor, private IMessageFilter {
+public:
+    explicit CAddressSpaceEditor(CHistorian& historian,
+                                 CAddressSpaceExchange exchange = CAddressSpaceExchange());
+    ~CAddressSpaceEditor() override;
+
+    CMainFrame& Frame() { return m_frame; }
+    // Replaces what opens the historical data window of an item.
+    void SetHistoricalDataOpener(HistoricalDataOpener opener);
+
+    HWND Window() const override;
+    bool PrepareOpen() override;
+    bool Create() override;
+    void ReloadFromFile() override;
+
+private:
+    bool PreTranslateMessage(MSG& msg) override;
+
+    CHistorian& m_historian;
+    CMainFrame m_frame;
+    CMessageLoop* m_loop = nullptr;
+};
+
+} // namespace CL

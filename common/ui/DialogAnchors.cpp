@@ -1,0 +1,63 @@
+#include "common/ui/DialogAnchors.h"
+
+namespace CL {
+
+void CDialogAnchors::Add(int controlId, unsigned anchors)
+{
+    m_controls.push_back(Control{controlId, anchors, RECT{}});
+}
+
+void CDialogAnchors::Capture(HWND dialog)
+{
+    m_dialog = dialog;
+    RECT client = {};
+    ::GetClientRect(dialog, &client);
+    m_client = SIZE{client.right, client.bottom};
+    RECT window = {};
+    ::GetWindowRect(dialog, &window);
+    m_window = SIZE{window.right - window.left, window.bottom - window.top};
+    for (Control& control : m_controls) {
+        const HWND child = ::GetDlgItem(dialog, control.id);
+        ::GetWindowRect(child, &control.rect);
+        ::MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&control.rect), 2);
+    }
+}
+
+void CDialogAnchors::OnSize(int width, int height)
+{
+    if (!m_dialog || width <= 0 || height <= 0)
+        return;
+    const int dx = width - m_client.cx;
+    const int dy = height - m_client.cy;
+    HDWP positions = ::BeginDeferWindowPos(static_cast<int>(m_controls.size()));
+    for (const Control& control : m_controls) {
+        RECT r = control.rect;
+        if (control.anchors & kRight) {
+            r.right += dx;
+            if (!(control.anchors & kLeft))
+                r.left += dx;
+        }
+        if (control.anchors & kBottom) {
+            r.bottom += dy;
+            if (!(control.anchors & kTop))
+                r.top += dy;
+        }
+        const HWND child = ::GetDlgItem(m_dialog, control.id);
+        if (positions)
+            positions = ::DeferWindowPos(positions, child, nullptr, r.left, r.top, r.right - r.left,
+                                         r.bottom - r.top, SWP_NOZORDER | SWP_NOACTIVATE);
+    }
+    if (positions)
+        ::EndDeferWindowPos(positions);
+    ::InvalidateRect(m_dialog, nullptr, TRUE);
+}
+
+void CDialogAnchors::OnGetMinMaxInfo(MINMAXINFO* info) const
+{
+    if (m_window.cx > 0) {
+        info->ptMinTrackSize.x = m_window.cx;
+        info->ptMinTrackSize.y = m_window.cy;
+    }
+}
+
+} // namespace CL
