@@ -1,8 +1,8 @@
 #!/bin/bash
 # The historical data window of one of the demo's live items with its trend
 # chart: the values shown and the bar between list and chart dragged up to
-# give the chart more room; then the chart zoomed into a part of the values
-# by a drag across it, with the value under the pointer hovered. Sourced by
+# give the chart more room; then the chart zoomed into the latest values by
+# the mouse wheel, with the value under the pointer hovered. Sourced by
 # scripts/screenshots.sh.
 set -e
 tray_command 32813                                 # "OPC HDA Database Explorer..."
@@ -22,16 +22,14 @@ mvwin command "$dialog" 1039                       # "Show data"
 settle
 shot historical-data-chart "$dialog"
 
-# A drag with the left button across the middle third of the chart zooms
-# into that time range; then the pointer rests on the line.
+# The wheel turned with the pointer near the chart's right end zooms into
+# the latest values (15 notches: 3.5 % of the range); then the pointer
+# rests on the line.
 chart=$(mvwin child "$dialog" MorvaneTrendChart)
-read -r _ _ w h < <(mvwin rect "$chart")
+read -r x0 y0 w h < <(mvwin rect "$chart")
 y=$((h / 2))
-mvwin post "$chart" 0x201 1 "$(point $((w * 40 / 100)) $y)"   # WM_LBUTTONDOWN
-mvwin post "$chart" 0x200 1 "$(point $((w * 55 / 100)) $y)"   # WM_MOUSEMOVE
-mvwin post "$chart" 0x200 1 "$(point $((w * 70 / 100)) $y)"
-mvwin post "$chart" 0x202 0 "$(point $((w * 70 / 100)) $y)"   # WM_LBUTTONUP
-mvwin post "$chart" 0x200 0 "$(point $((w * 50 / 100)) $y)"   # hover
+mvwin post "$chart" 0x20A $((15 * 120 << 16)) "$(point $((x0 + w - 80)) $((y0 + y)))"   # WM_MOUSEWHEEL, screen point
+mvwin post "$chart" 0x200 0 "$(point $((w * 60 / 100)) $y)"                           # WM_MOUSEMOVE: hover
 settle
 shot historical-data-chart-zoomed "$dialog"
 mvwin command "$dialog" 2                          # closes it
