@@ -238,3 +238,52 @@ TEST_F(TrendRendererTest, ASeriesWithoutPointsDrawsItsMessageAndNoPlot)
                 ++dark;
     EXPECT_GT(dark, 20);
 }
+
+TEST_F(TrendRendererTest, HugeNegativeAndPositiveValuesAreDrawnWhereTheyBelong)
+{
+    Canvas canvas(640, 360);
+    std::vector<CL::CTrendSeries::Point> points;
+    for (int i = 0; i <= 10; ++i)
+        points.push_back({i * kSecond, (i - 5) * 1.5e307, kGood});   // -7.5e307 .. 7.5e307
+    CL::CTrendSeries series;
+    series.AssignPoints(points);
+    const auto layout = Draw(canvas, series, -0.5 * kSecond, 10.5 * kSecond);
+    ASSERT_TRUE(layout.valid);
+    EXPECT_TRUE(std::isfinite(layout.values.low) && std::isfinite(layout.values.high));
+    for (int i : {0, 3, 5, 8, 10}) {
+        const double y = layout.YOfValue((i - 5) * 1.5e307);
+        EXPECT_GE(y, layout.plot.Y - 1);
+        EXPECT_LE(y, layout.plot.GetBottom() + 1);
+        EXPECT_TRUE(Near(canvas, layout.XOfTime(i * kSecond), y, 1, IsLine)) << i;
+    }
+}
+
+TEST_F(TrendRendererTest, AConstantValueIsAFlatLineInsideThePlot)
+{
+    Canvas canvas(640, 360);
+    std::vector<CL::CTrendSeries::Point> points;
+    for (int i = 0; i <= 10; ++i)
+        points.push_back({i * kSecond, -42.0, kGood});
+    CL::CTrendSeries series;
+    series.AssignPoints(points);
+    const auto layout = Draw(canvas, series, -0.5 * kSecond, 10.5 * kSecond);
+    ASSERT_TRUE(layout.valid);
+    const double y = layout.YOfValue(-42.0);
+    EXPECT_GT(y, layout.plot.Y + 10);
+    EXPECT_LT(y, layout.plot.GetBottom() - 10);
+    for (double t = 0.5; t < 10; t += 1.0)
+        EXPECT_TRUE(Near(canvas, layout.XOfTime(t * kSecond), y, 1, IsLine)) << t;
+}
+
+TEST_F(TrendRendererTest, ASingleValueIsADotInTheMiddle)
+{
+    Canvas canvas(400, 240);
+    CL::CTrendSeries series;
+    series.AssignPoints({{100.0, 7.0, kGood}});
+    const auto layout = Draw(canvas, series, 100.0 - 60.0 / 86400, 100.0 + 60.0 / 86400);
+    ASSERT_TRUE(layout.valid);
+    const double x = layout.XOfTime(100.0), y = layout.YOfValue(7.0);
+    EXPECT_NEAR(x, layout.plot.X + layout.plot.Width / 2.0, 1.0);
+    EXPECT_NEAR(y, layout.plot.Y + layout.plot.Height / 2.0, layout.plot.Height / 4.0);
+    EXPECT_TRUE(Near(canvas, x, y, 1, IsLine));
+}
