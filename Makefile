@@ -8,7 +8,7 @@ JOBS       ?= $(shell nproc)
 TEST_ZONE  ?= Europe/Berlin
 ZONE_PASS  ?= 1
 
-.PHONY: all deps build build-i686 test run bench screenshots clean
+.PHONY: all deps build build-i686 dist test run bench screenshots clean
 
 all: build
 
@@ -27,6 +27,15 @@ $(BUILD32)/Makefile:
 
 build-i686: deps $(BUILD32)/Makefile
 	cmake --build $(BUILD32) -j $(JOBS)
+
+# The setup programs: the 32-bit release and the 64-bit build, each built
+# with its program (installer/), copied into $(BUILD)/dist under the product
+# version that CMakeLists.txt gives.
+dist: build build-i686
+	mkdir -p $(BUILD)/dist
+	v=$$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' $(BUILD32)/CMakeCache.txt) && \
+	  cp $(BUILD32)/dist/MorvaneGui-$$v-setup.exe $(BUILD64)/dist/MorvaneGui-$$v-x64-setup.exe $(BUILD)/dist/ && \
+	  ls -l $(BUILD)/dist/MorvaneGui-$$v-setup.exe $(BUILD)/dist/MorvaneGui-$$v-x64-setup.exe
 
 # Every test under Wine, in one private prefix, display and wineserver; then
 # the local-time tests once more in a session started in another time zone.

@@ -16,6 +16,10 @@
 
 class CDummyWnd : public CL::CWindow {
 public:
+    // Other programs find the running control panel by this class. WM_CLOSE
+    // sent to the window ends the program as "Exit" does, without its
+    // question: that is how the setup closes it before replacing or removing
+    // the program.
     static constexpr wchar_t kClassName[] = L"MorvaneGuiTrayWindow";
     static constexpr UINT kTrayIconId = 1234;
     static constexpr UINT kShellNoteMessage = WM_USER + 1;
