@@ -25,8 +25,12 @@ demo_session() {
     demo_start_server || { echo "run-demo.sh: could not start the server simulator" >&2; return 1; }
     if [ "${HEADLESS:-0}" = 0 ]; then
         echo "The control panel runs on $DISPLAY: right-click its tray icon; Exit ends it."
-        wine "$panel" </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1
-        return $?
+        local status=0
+        wine "$panel" </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1 || status=$?
+        # The service leaves with the demo, as in the headless run; a test
+        # run in this build folder registers its own.
+        demo_delete_server
+        return $status
     fi
     wine "$panel" </dev/null >>"$BUILD_DIR/demo-wine.log" 2>&1 &
     local pid=$! shot=0
