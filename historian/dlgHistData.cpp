@@ -2,6 +2,9 @@
 
 #include <commdlg.h>
 
+#include <algorithm>
+
+#include <memory>
 #include <vector>
 
 #include "common/DiagnosticLog.h"
@@ -73,6 +76,52 @@ void CdlgHistData::InitControls()
     m_anchors.Add(IDC_HISTDATA_LIST, Anchors::kStretchX | Anchors::kStretchY);
     m_anchors.Add(IDC_HISTDATA_STATUS, Anchors::kStretchX | Anchors::kBottom);
     m_anchors.Capture(Hwnd());
+
+    // The chart shares the list's area, below it, next in the tab order.
+    m_splitBar.Create(Hwnd(), IDC_HISTDATA_CHART_BAR);
+    m_splitBar.onDrag = [this](int top) { OnSplitBarDrag(top); };
+    m_chart.Create(Hwnd(), IDC_HISTDATA_CHART);
+    m_chart.Clear(m_itemId);
+    ::SetWindowPos(m_chart, m_list, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    ::CheckDlgButton(Hwnd(), IDC_HISTDATA_CHART_SHOW, BST_CHECKED);
+    ArrangeChart();
+}
+
+void CdlgHistData::ArrangeChart()
+{
+    RECT client;
+    ::GetClientRect(Hwnd(), &client);
+    m_anchors.OnSize(client.right, client.bottom);
+    if (!m_chart.IsWindow() || !m_splitBar.IsWindow())
+        return;
+    RECT area;
+    ::GetWindowRect(m_list, &area);
+    ::MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&area), 2);
+    const bool shown = ::IsDlgButtonChecked(Hwnd(), IDC_HISTDATA_CHART_SHOW) == BST_CHECKED;
+    ::ShowWindow(m_chart, shown ? SW_SHOWNA : SW_HIDE);
+    ::ShowWindow(m_splitBar, shown ? SW_SHOWNA : SW_HIDE);
+    if (!shown)
+        return;
+    const int height = area.bottom - area.top;
+    const int bar = CL::CSplitBar::kHeight;
+    if (m_chartHeight == 0)
+        m_chartHeight = (height - bar) * 3 / 5;   // at first the chart has three fifths
+    // Each pane keeps some room, as far as the area allows.
+    const int least = std::min(60, (height - bar) / 2);
+    const int chart = std::clamp(m_chartHeight, least, std::max(height - bar - least, least));
+    const int listHeight = height - bar - chart;
+    ::MoveWindow(m_list, area.left, area.top, area.right - area.left, listHeight, TRUE);
+    ::MoveWindow(m_splitBar, area.left, area.top + listHeight, area.right - area.left, bar, TRUE);
+    ::MoveWindow(m_chart, area.left, area.top + listHeight + bar, area.right - area.left, chart, TRUE);
+}
+
+void CdlgHistData::OnSplitBarDrag(int top)
+{
+    RECT chart;
+    ::GetWindowRect(m_chart, &chart);
+    ::MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&chart), 2);
+    m_chartHeight = chart.bottom - (top + CL::CSplitBar::kHeight);
+    ArrangeChart();
 }
 
 void CdlgHistData::PresetBound(int checkId, int pickerId, int state, DATE date)
@@ -106,6 +155,9 @@ bool CdlgHistData::OnCommand(WORD id, WORD code, HWND /*control*/)
     case IDC_TIMEPERIOD_CHK_TO:
         OnBnClickedChkTo();
         return true;
+    case IDC_HISTDATA_CHART_SHOW:
+        OnBnClickedChkChart();
+        return true;
     case IDOK:
     case IDCANCEL:
         EndDialog(id);
@@ -126,8 +178,18 @@ INT_PTR CdlgHistData::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
         return TRUE;
     }
     case WM_SIZE:
-        m_anchors.OnSize(LOWORD(lParam), HIWORD(lParam));
+        ArrangeChart();
         return TRUE;
+    case WM_ERASEBKGND:
+        // The chart paints all of itself: the dialog's background is not
+        // painted under it first, so that resizing does not flicker.
+        if (m_chart.IsWindow() && ::IsWindowVisible(m_chart)) {
+            RECT chart;
+            ::GetWindowRect(m_chart, &chart);
+            ::MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&chart), 2);
+            ::ExcludeClipRect(reinterpret_cast<HDC>(wParam), chart.left, chart.top, chart.right, chart.bottom);
+        }
+        return FALSE;   // the default erases the rest
     case WM_GETMINMAXINFO:
         m_anchors.OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO*>(lParam));
         return TRUE;
@@ -173,6 +235,12 @@ void CdlgHistData::OnBnClickedChkFrom()
     CL::RunReported([this] { SyncPicker(IDC_TIMEPERIOD_CHK_FROM, IDC_TIMEPERIOD_FROM); });
 }
 
+void CdlgHistData::OnBnClickedChkChart()
+{
+    Log(3, "CdlgHistData::OnBnClickedChkChart" + MV_POS());
+    CL::RunReported([this] { ArrangeChart(); });
+}
+
 void CdlgHistData::OnBnClickedChkTo()
 {
     Log(3, "CdlgHistData::OnBnClickedChkTo" + MV_POS());
@@ -202,8 +270,11 @@ void CdlgHistData::OnBnClickedBtnRefresh()
         CL::CWaitCursor wait;
         m_rows.Clear();
         m_list.Reset();
+        m_chart.Clear(m_itemId);
         ::SetDlgItemTextW(Hwnd(), IDC_HISTDATA_STATUS, L"");
-        const CL::CHistorianValues values = Read();
+        const auto read = std::make_shared<const CL::CHistorianValues>(Read());
+        const CL::CHistorianValues& values = *read;
+        m_chart.SetValues(read, m_itemId);
         try {
             m_rows.Assign(values);
         } catch (...) {

@@ -17,7 +17,9 @@
 #include "common/historian/HistorianValues.h"
 #include "common/ui/DialogAnchors.h"
 #include "common/ui/ReportList.h"
+#include "common/ui/SplitBar.h"
 #include "historian/HistDataRows.h"
+#include "historian/TrendChart.h"
 
 namespace CL {
 class CHistorian;
@@ -39,6 +41,8 @@ public:
     // The rows the list shows (for the window's users and tests).
     const CL::CHistDataRows& Rows() const { return m_rows; }
     const CL::CReportList& List() const { return m_list; }
+    // The trend chart of the values below the list.
+    CL::CTrendChart& Chart() { return m_chart; }
 
 protected:
     BOOL OnInitDialog() override;
@@ -50,6 +54,7 @@ private:
     void OnClickedOpenFile();
     void OnBnClickedChkFrom();
     void OnBnClickedChkTo();
+    void OnBnClickedChkChart();
     LRESULT OnColumnClick(const NMHDR* header);
     void OnSysColorChange();
     bool OnNotify(const NMHDR* header, LRESULT* result);
@@ -57,6 +62,11 @@ private:
     void InitControls();
     void PresetBound(int checkId, int pickerId, int state, DATE date);
     void SyncPicker(int checkId, int pickerId);
+    // Places the list and, when shown, the bar and the chart below it in
+    // the list's anchored area: the chart keeps its height as the window is
+    // resized (the list takes the difference) until the bar is dragged.
+    void ArrangeChart();
+    void OnSplitBarDrag(int top);
     // Reads the controls into the dialog's state and the item's values
     // within them from the historian.
     CL::CHistorianValues Read();
@@ -66,6 +76,9 @@ private:
     CL::CHistorian& m_historian;
     CL::CReportList m_list;
     CL::CHistDataRows m_rows;
+    CL::CTrendChart m_chart;
+    CL::CSplitBar m_splitBar;
+    int m_chartHeight = 0;   // pixels; 0: not yet placed
     CL::CDialogAnchors m_anchors;
 };
 

@@ -21,3 +21,4 @@
 #include "resource_csv.h"
 #include "resource_histwin.h"
 #include "resource_options.h"
+#include "resource_chart.h"

@@ -118,7 +118,8 @@ TEST_P(HistDataDialog, TabOrderFollowsTheScreenAndShowDataHasTheFocus)
     } while (control && control != first && order.size() < 20);
     EXPECT_EQ(order, (std::vector<int>{IDC_HISTDATA_ITEM, IDC_TIMEPERIOD_CHK_FROM, IDC_TIMEPERIOD_FROM,
                                        IDC_TIMEPERIOD_CHK_TO, IDC_TIMEPERIOD_TO, IDC_HISTDATA_MAX_COUNT,
-                                       IDC_HISTDATA_BTN_REFRESH, IDC_HISTDATA_OPEN_FILE, IDC_HISTDATA_LIST}));
+                                       IDC_HISTDATA_CHART_SHOW, IDC_HISTDATA_BTN_REFRESH, IDC_HISTDATA_OPEN_FILE,
+                                       IDC_HISTDATA_LIST, IDC_HISTDATA_CHART}));
 }
 
 TEST_P(HistDataDialog, LongItemIdSitsInAReadOnlyEditThatShowsItWhole)
