@@ -15,7 +15,7 @@
 #include "common/Exception.h"
 #include "common/Handle.h"
 #include "common/Text.h"
-#include "common/WaitCursor.h"
+#include "common/ui/WaitCursor.h"
 #include "res/resource.h"
 
 namespace CL {
