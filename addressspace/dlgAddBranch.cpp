@@ -45,10 +45,7 @@ void CdlgAddBranch::OnClickedSave(WORD id)
     CL::RunReported([this, id] {
         if (::IsWindowEnabled(GetDlgItem(id)) == FALSE)
             return;
-        const HWND edit = GetDlgItem(IDC_BRANCH_NAME);
-        std::vector<wchar_t> text(static_cast<size_t>(::GetWindowTextLengthW(edit)) + 1, L'\0');
-        ::GetWindowTextW(edit, text.data(), static_cast<int>(text.size()));
-        name = text.data();
+        name = CL::ItemText(Hwnd(), IDC_BRANCH_NAME);
         EndDialog(id);
     });
 }

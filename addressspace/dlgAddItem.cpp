@@ -17,23 +17,6 @@ constexpr wchar_t kConversionFailedText[] =
     L"Failed to convert the value to the requested data type.\n\nEmpty values are not supported.\n\n"
     L"If you want to change the data type to VT_BSTR - click Yes\nOtherwise click Cancel";
 
-std::wstring ControlText(HWND control)
-{
-    std::vector<wchar_t> text(static_cast<size_t>(::GetWindowTextLengthW(control)) + 1, L'\0');
-    ::GetWindowTextW(control, text.data(), static_cast<int>(text.size()));
-    return text.data();
-}
-
-void SetCheck(HWND dialog, int id, bool checked)
-{
-    ::CheckDlgButton(dialog, id, checked ? BST_CHECKED : BST_UNCHECKED);
-}
-
-bool Checked(HWND dialog, int id)
-{
-    return ::IsDlgButtonChecked(dialog, id) == BST_CHECKED;
-}
-
 } // namespace
 
 INT_PTR CdlgAddItem::DoModal(HWND owner)
@@ -55,9 +38,9 @@ BOOL CdlgAddItem::OnInitDialog()
         SelectDataType(dataType);
         ::SendDlgItemMessageW(dialog, IDC_ITEM_VALUE, EM_LIMITTEXT, 0, 0);
         ::SetDlgItemTextW(dialog, IDC_ITEM_VALUE, valueText.substr(0, kMaxValueText).c_str());
-        SetCheck(dialog, IDC_ITEM_READABLE, readable);
-        SetCheck(dialog, IDC_ITEM_WRITABLE, writable);
-        SetCheck(dialog, IDC_ITEM_ARCHIVE, archive);
+        CL::SetChecked(dialog, IDC_ITEM_READABLE, readable);
+        CL::SetChecked(dialog, IDC_ITEM_WRITABLE, writable);
+        CL::SetChecked(dialog, IDC_ITEM_ARCHIVE, archive);
         ::SetDlgItemInt(dialog, IDC_ITEM_SCANRATE, scanRate, FALSE);
         // Saving and starting the next item belongs to adding only.
         ::EnableWindow(GetDlgItem(IDC_SAVE_AND_NEW), addMode);
@@ -176,12 +159,12 @@ bool CdlgAddItem::ReadControls()
         return false;
     }
     if (!multipleSelection)
-        name = ControlText(GetDlgItem(IDC_ITEM_NAME));
+        name = CL::WindowText(GetDlgItem(IDC_ITEM_NAME));
     dataType = SelectedDataType();
-    valueText = ControlText(GetDlgItem(IDC_ITEM_VALUE)).substr(0, kMaxValueText);
-    readable = Checked(dialog, IDC_ITEM_READABLE);
-    writable = Checked(dialog, IDC_ITEM_WRITABLE);
-    archive = Checked(dialog, IDC_ITEM_ARCHIVE);
+    valueText = CL::WindowText(GetDlgItem(IDC_ITEM_VALUE)).substr(0, kMaxValueText);
+    readable = CL::Checked(dialog, IDC_ITEM_READABLE);
+    writable = CL::Checked(dialog, IDC_ITEM_WRITABLE);
+    archive = CL::Checked(dialog, IDC_ITEM_ARCHIVE);
     scanRate = rate;
     return true;
 }

@@ -34,7 +34,7 @@ BOOL CdlgCsvImport::OnInitDialog()
         m_list.Attach(GetDlgItem(IDC_CSV_REJECTED));
         m_list.SetColumns({{L"Line", 60}, {L"Reason", 400}});
         m_list.SetRows(this);
-        ::CheckDlgButton(Hwnd(), IDC_CSV_UPDATE, updateExisting ? BST_CHECKED : BST_UNCHECKED);
+        CL::SetChecked(Hwnd(), IDC_CSV_UPDATE, updateExisting);
         ::EnableWindow(GetDlgItem(IDOK), !m_plan.items.empty());
         if (m_plan.items.empty())
             ::SendMessageW(Hwnd(), DM_SETDEFID, IDCANCEL, 0);
@@ -53,7 +53,7 @@ bool CdlgCsvImport::OnCommand(WORD id, WORD /*code*/, HWND /*control*/)
 {
     if (id != IDOK && id != IDCANCEL)
         return false;
-    updateExisting = ::IsDlgButtonChecked(Hwnd(), IDC_CSV_UPDATE) == BST_CHECKED;
+    updateExisting = CL::Checked(Hwnd(), IDC_CSV_UPDATE);
     EndDialog(id);
     return true;
 }

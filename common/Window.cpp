@@ -7,6 +7,28 @@ HINSTANCE ModuleInstance()
     return ::GetModuleHandleW(nullptr);
 }
 
+std::wstring WindowText(HWND window)
+{
+    std::wstring text(static_cast<size_t>(::GetWindowTextLengthW(window)) + 1, L'\0');
+    text.resize(static_cast<size_t>(::GetWindowTextW(window, text.data(), static_cast<int>(text.size()))));
+    return text;
+}
+
+std::wstring ItemText(HWND dialog, int id)
+{
+    return WindowText(::GetDlgItem(dialog, id));
+}
+
+bool Checked(HWND dialog, int id)
+{
+    return ::IsDlgButtonChecked(dialog, id) == BST_CHECKED;
+}
+
+void SetChecked(HWND dialog, int id, bool on)
+{
+    ::CheckDlgButton(dialog, id, on ? BST_CHECKED : BST_UNCHECKED);
+}
+
 CWindow::~CWindow()
 {
     if (IsWindow())

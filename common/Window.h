@@ -6,6 +6,8 @@
 //                  modeless (Create); messages go to DialogProc.
 #include <windows.h>
 
+#include <string>
+
 namespace CL {
 
 class CWindow {
@@ -83,5 +85,12 @@ private:
 
 // The module instance of the running executable.
 HINSTANCE ModuleInstance();
+
+// A window's whole text, and a dialog control's.
+std::wstring WindowText(HWND window);
+std::wstring ItemText(HWND dialog, int id);
+// A dialog's check box.
+bool Checked(HWND dialog, int id);
+void SetChecked(HWND dialog, int id, bool on);
 
 } // namespace CL

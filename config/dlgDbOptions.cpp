@@ -7,27 +7,9 @@
 #include "config/NumberText.h"
 #include "res/resource.h"
 
-namespace {
-
-bool Checked(HWND dialog, int id)
-{
-    return ::IsDlgButtonChecked(dialog, id) == BST_CHECKED;
-}
-
-void SetChecked(HWND dialog, int id, bool on)
-{
-    ::CheckDlgButton(dialog, id, on ? BST_CHECKED : BST_UNCHECKED);
-}
-
-std::wstring ItemText(HWND dialog, int id)
-{
-    const HWND item = ::GetDlgItem(dialog, id);
-    std::vector<wchar_t> text(::GetWindowTextLengthW(item) + 1, L'\0');
-    ::GetWindowTextW(item, text.data(), static_cast<int>(text.size()));
-    return text.data();
-}
-
-} // namespace
+using CL::Checked;
+using CL::ItemText;
+using CL::SetChecked;
 
 INT_PTR CdlgDbOptions::DoModal(HWND owner)
 {

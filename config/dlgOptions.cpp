@@ -17,6 +17,10 @@
 
 namespace {
 
+using CL::Checked;
+using CL::ItemText;
+using CL::SetChecked;
+
 constexpr wchar_t kCaption[] = L"Options";
 constexpr wchar_t kAnswerCaption[] = L"Ok";
 constexpr wchar_t kInUseFormat[] =
@@ -32,23 +36,6 @@ constexpr const wchar_t* kLoggingLevels[] = {L"Error", L"Warning", L"Info", L"De
 constexpr long kHighestLoggingLevel = 4;
 constexpr long kFallbackLoggingLevel = 1;
 
-bool Checked(HWND dialog, int id)
-{
-    return ::IsDlgButtonChecked(dialog, id) == BST_CHECKED;
-}
-
-void SetChecked(HWND dialog, int id, bool on)
-{
-    ::CheckDlgButton(dialog, id, on ? BST_CHECKED : BST_UNCHECKED);
-}
-
-std::wstring ItemText(HWND dialog, int id)
-{
-    const HWND item = ::GetDlgItem(dialog, id);
-    std::vector<wchar_t> text(::GetWindowTextLengthW(item) + 1, L'\0');
-    ::GetWindowTextW(item, text.data(), static_cast<int>(text.size()));
-    return text.data();
-}
 
 void SetItemText(HWND dialog, int id, const std::wstring& text)
 {

@@ -15,6 +15,7 @@
 #include "common/Exception.h"
 #include "common/Handle.h"
 #include "common/Text.h"
+#include "common/ui/FileDialog.h"
 #include "common/ui/WaitCursor.h"
 #include "res/resource.h"
 
@@ -434,26 +435,8 @@ void CTrendChart::SaveAsPng(const std::wstring& path)
 
 std::wstring CTrendChart::AskPngFile() const
 {
-    std::vector<wchar_t> file(32768, L'\0');
-    const std::wstring initial = PictureFileName(m_itemId);
-    if (initial.size() < 260)
-        initial.copy(file.data(), initial.size());
-    OPENFILENAMEW ofn = {};
-    ofn.lStructSize = sizeof ofn;
-    ofn.hwndOwner = ::GetAncestor(Hwnd(), GA_ROOT);
-    ofn.lpstrFilter = L"PNG Files (*.png)\0*.png\0All files (*.*)\0*.*\0";
-    ofn.nFilterIndex = 1;
-    ofn.lpstrFile = file.data();
-    ofn.nMaxFile = static_cast<DWORD>(file.size());
-    ofn.lpstrDefExt = L"png";
-    ofn.Flags = OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
-    if (!::GetSaveFileNameW(&ofn)) {
-        const DWORD error = ::CommDlgExtendedError();
-        if (error != 0)
-            throw CException(HRESULT_FROM_WIN32(error), L"GetSaveFileName (&ofn)");
-        return std::wstring();
-    }
-    return file.data();
+    return CL::AskSaveFileName(::GetAncestor(Hwnd(), GA_ROOT), L"PNG Files (*.png)\0*.png\0All files (*.*)\0*.*\0",
+                               L"png", PictureFileName(m_itemId));
 }
 
 // --- messages --------------------------------------------------------------------

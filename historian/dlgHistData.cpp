@@ -12,6 +12,7 @@
 #include "common/Exception.h"
 #include "common/LocalTime.h"
 #include "common/Text.h"
+#include "common/ui/FileDialog.h"
 #include "common/ui/WaitCursor.h"
 #include "common/historian/Historian.h"
 #include "historian/HistorianAccess.h"
@@ -290,26 +291,7 @@ void CdlgHistData::OnBnClickedBtnRefresh()
 
 std::wstring CdlgHistData::AskExportFile() const
 {
-    std::vector<wchar_t> file(32768, L'\0');
-    const std::wstring initial = ExportFileName(m_itemId);
-    if (initial.size() < 260)
-        initial.copy(file.data(), initial.size());
-    OPENFILENAMEW ofn = {};
-    ofn.lStructSize = sizeof ofn;
-    ofn.hwndOwner = Hwnd();
-    ofn.lpstrFilter = L"XML Files\0*.xml\0All files\0*.*\0";
-    ofn.nFilterIndex = 1;
-    ofn.lpstrFile = file.data();
-    ofn.nMaxFile = static_cast<DWORD>(file.size());
-    ofn.lpstrDefExt = L"xml";
-    ofn.Flags = OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
-    if (!::GetSaveFileNameW(&ofn)) {
-        const DWORD error = ::CommDlgExtendedError();
-        if (error != 0)
-            throw CL::CException(HRESULT_FROM_WIN32(error), L"GetSaveFileName (&ofn)");
-        return std::wstring();
-    }
-    return file.data();
+    return CL::AskSaveFileName(Hwnd(), L"XML Files\0*.xml\0All files\0*.*\0", L"xml", ExportFileName(m_itemId));
 }
 
 void CdlgHistData::OnClickedOpenFile()

@@ -1,0 +1,36 @@
+#include "common/ui/FileDialog.h"
+
+#include <commdlg.h>
+
+#include <vector>
+
+#include "common/Exception.h"
+
+namespace CL {
+
+std::wstring AskSaveFileName(HWND owner, const wchar_t* filter, const wchar_t* defaultExtension,
+                             const std::wstring& initialName)
+{
+    // Room for a long path: the dialog fails rather than cut it.
+    std::vector<wchar_t> file(32768, L'\0');
+    if (initialName.size() < 260)
+        initialName.copy(file.data(), initialName.size());
+    OPENFILENAMEW ofn = {};
+    ofn.lStructSize = sizeof ofn;
+    ofn.hwndOwner = owner;
+    ofn.lpstrFilter = filter;
+    ofn.nFilterIndex = 1;
+    ofn.lpstrFile = file.data();
+    ofn.nMaxFile = static_cast<DWORD>(file.size());
+    ofn.lpstrDefExt = defaultExtension;
+    ofn.Flags = OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
+    if (!::GetSaveFileNameW(&ofn)) {
+        const DWORD error = ::CommDlgExtendedError();
+        if (error != 0)
+            throw CException(HRESULT_FROM_WIN32(error), L"GetSaveFileName (&ofn)");
+        return std::wstring();
+    }
+    return file.data();
+}
+
+} // namespace CL
