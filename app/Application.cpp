@@ -19,7 +19,6 @@
 #include "common/Handle.h"
 #include "common/historian/Historian.h"
 #include "config/Settings.h"
-#include "historian/dlgHistData.h"
 
 namespace CL {
 
@@ -73,12 +72,7 @@ int RunBody(UniqueKernelHandle& mutex)
 
     const MenuFlags flags = DecideMenuFlags();
     auto dummy = std::make_unique<CDummyWnd>(flags);
-    auto editor = std::make_unique<CAddressSpaceEditor>(*historian);
-    // The editor's "Historical data..." opens the historian's window.
-    editor->SetHistoricalDataOpener([&historian](HWND owner, const std::wstring& itemId) {
-        RunHistoricalData(owner, *historian, itemId);
-    });
-    dummy->SetAddressSpaceEditor(std::move(editor));
+    dummy->SetAddressSpaceEditor(std::make_unique<CAddressSpaceEditor>(*historian));
     dummy->SetDatabaseExplorer(std::make_unique<CDatabaseExplorer>(*historian));
     dummy->SetOptionsDialog(std::make_unique<COptionsDialogRunner>());
     dummy->SetSettingsAppliedHandler([&historian] { ConfigureHistorian(*historian, g_Settings); });

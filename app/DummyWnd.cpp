@@ -10,6 +10,7 @@
 #include "common/ServiceControl.h"
 #include "common/Exception.h"
 #include "config/Settings.h"
+#include "historian/HistorianAccess.h"
 #include "res/resource.h"
 
 namespace {
@@ -271,8 +272,7 @@ void CDummyWnd::OnMnDBExplorer()
     CL::RunReported([this] {
         // Without a database layer there is no database to reach.
         if (!m_explorer || !m_explorer->IsDatabaseAccessible()) {
-            ::MessageBoxW(nullptr, L"The HDA database is not accessible.", L"OPC HDA Database Explorer",
-                          MB_OK | MB_ICONERROR);
+            CL::ShowHistorianNotAccessible();
             return;
         }
         if (!::IsWindow(m_explorer->Window()))

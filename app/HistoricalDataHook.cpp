@@ -1,20 +1,21 @@
 #include "app/HistoricalDataHook.h"
 
 #include "common/historian/Historian.h"
+#include "historian/HistorianAccess.h"
+#include "historian/dlgHistData.h"
 
 namespace CL {
 
 HistoricalDataOpener MakeHistoricalDataHook(CHistorian& historian, HistoricalDataOpener opener)
 {
+    if (!opener)
+        opener = [&historian](HWND owner, const std::wstring& itemId) { RunHistoricalData(owner, historian, itemId); };
     return [&historian, opener](HWND owner, const std::wstring& itemId) {
         if (!IsHistorianAccessible(historian)) {
-            ::MessageBoxW(nullptr, kHdaNotAccessibleText, kHdaExplorerTitle, MB_OK | MB_ICONERROR);
+            ShowHistorianNotAccessible();
             return;
         }
-        if (opener)
-            opener(owner, itemId);
-        else
-            ::MessageBoxW(owner, kHistoryWindowMissingText, kHdaExplorerTitle, MB_OK | MB_ICONINFORMATION);
+        opener(owner, itemId);
     };
 }
 

@@ -799,17 +799,22 @@ TEST_F(EditorEdit, HistoricalDataWithoutADatabaseSaysTheDatabaseIsNotAccessible)
     EXPECT_FALSE(opened);
 }
 
-TEST_F(EditorEdit, HistoricalDataWithoutTheWindowSaysItIsNotAvailable)
+TEST_F(EditorEdit, HistoricalDataOpensTheHistoricalDataWindowForTheFocusedItem)
 {
     test::ComScope com;
     test::HistorianTestDb db(test::DbKind::Sqlite);
     historian.Configure(db.ConnectionString(), CL::CHistorian::kNoLimit, CL::CHistorian::kNoLimit, 0);
-    DialogScript script({Answer(L"OPC HDA Database Explorer", IDOK)});
+    std::wstring shownItem;
+    DialogScript script({{L"Historical data", [&](HWND dialog) {
+                              shownItem = test::DialogItemText(dialog, IDC_HISTDATA_ITEM);
+                              ::PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+                          }}});
     SelectBranch(L"Plant/Line1");
+    FocusList();
     SelectRows({L"Speed"});
     Command(ID_AS_EDIT_HISTORY);
     ASSERT_TRUE(script.Finished()) << Report(script);
-    EXPECT_EQ(script.Texts()[0], CL::kHistoryWindowMissingText);
+    EXPECT_EQ(shownItem, L"Plant.Line1.Speed");
 }
 
 // ---- Sorting ---------------------------------------------------------------------
