@@ -101,7 +101,9 @@ start_postgres() {
 if [ "${KEEP_DISPLAY:-0}" = 1 ] && [ -n "${DISPLAY:-}" ]; then
     :
 else
-    start_xvfb || exit 1
+    # Xvfb has been seen to end at once, with nothing in its log, right after
+    # another session's server went away; a second start then works.
+    start_xvfb || start_xvfb || start_xvfb || exit 1
 fi
 prepare_prefix || { echo "with-wine.sh: could not prepare the Wine prefix" >&2; exit 1; }
 prepare_odbc || { echo "with-wine.sh: could not write the ODBC data source file" >&2; exit 1; }
