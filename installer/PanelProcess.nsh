@@ -68,9 +68,18 @@ FunctionEnd
 Function ${UN}ConfirmNoPanelRunning
   StrCpy $5 "$ServiceName"
 check_mutex:
+  ; A control panel that has just ended may hold the mutex for a moment
+  ; longer than its process handle shows: look again for up to 5 s.
+  StrCpy $7 0
+look_again:
   System::Call 'kernel32::OpenMutexW(i ${SYNCHRONIZE}, i 0, w "$5Mutex") p .r6'
   ${If} $6 != 0
     System::Call 'kernel32::CloseHandle(p r6)'
+    ${If} $7 < 50
+      IntOp $7 $7 + 1
+      Sleep 100
+      Goto look_again
+    ${EndIf}
     MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "The control panel is still running, perhaps in another user's session. End it there with Exit from its tray menu, then choose Retry." /SD IDCANCEL IDRETRY check_mutex
     SetErrorLevel ${EXIT_PANEL_RUNNING}
     Abort "The control panel is still running."
