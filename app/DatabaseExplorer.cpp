@@ -9,6 +9,12 @@ CDatabaseExplorer::CDatabaseExplorer(CL::CHistorian& historian) : m_historian(hi
     m_window.onAbout = [](HWND owner) { CAboutDlg().DoModal(owner); };
 }
 
+CDatabaseExplorer::~CDatabaseExplorer()
+{
+    if (m_loop)
+        m_loop->RemoveMessageFilter(this);
+}
+
 bool CDatabaseExplorer::IsDatabaseAccessible()
 {
     return CL::IsHistorianAccessible(m_historian);
@@ -18,4 +24,9 @@ void CDatabaseExplorer::Create()
 {
     m_window.SetProductName(g_Settings.Title);
     m_window.Create();
+    // The window's keys work through the program's loop (none in tests).
+    if (!m_loop && CL::CMessageLoop::Current()) {
+        m_loop = CL::CMessageLoop::Current();
+        m_loop->AddMessageFilter(this);
+    }
 }

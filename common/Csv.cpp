@@ -4,27 +4,44 @@ namespace CL {
 
 std::wstring CsvField(std::wstring_view text)
 {
-    if (text.find_first_of(L",\"\r\n") == std::wstring_view::npos)
-        return std::wstring(text);
-    std::wstring quoted;
-    quoted.reserve(text.size() + 2);
-    quoted += L'"';
-    for (wchar_t c : text) {
-        if (c == L'"')
-            quoted += L'"';
-        quoted += c;
-    }
-    quoted += L'"';
-    return quoted;
+    return DelimitedField(text, L',');
 }
 
 std::wstring CsvRecord(const std::vector<std::wstring>& fields)
 {
+    return DelimitedRecord(fields, L',');
+}
+
+std::wstring DelimitedField(std::wstring_view text, wchar_t separator)
+{
+    std::wstring field;
+    AppendDelimitedField(field, text, separator);
+    return field;
+}
+
+void AppendDelimitedField(std::wstring& record, std::wstring_view text, wchar_t separator)
+{
+    const wchar_t special[] = {separator, L'"', L'\r', L'\n', L'\0'};
+    if (text.find_first_of(special) == std::wstring_view::npos) {
+        record += text;
+        return;
+    }
+    record += L'"';
+    for (wchar_t c : text) {
+        if (c == L'"')
+            record += L'"';
+        record += c;
+    }
+    record += L'"';
+}
+
+std::wstring DelimitedRecord(const std::vector<std::wstring>& fields, wchar_t separator)
+{
     std::wstring record;
     for (size_t i = 0; i < fields.size(); ++i) {
         if (i)
-            record += L',';
-        record += CsvField(fields[i]);
+            record += separator;
+        AppendDelimitedField(record, fields[i], separator);
     }
     record += L"\r\n";
     return record;

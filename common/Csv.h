@@ -16,6 +16,15 @@ std::wstring CsvField(std::wstring_view text);
 // The fields joined with commas and ended with CR LF.
 std::wstring CsvRecord(const std::vector<std::wstring>& fields);
 
+// The same rules with another separator (tab-separated text for the
+// clipboard): a field holding the separator, a quote or a line break is
+// quoted, its quotes doubled.
+std::wstring DelimitedField(std::wstring_view text, wchar_t separator);
+std::wstring DelimitedRecord(const std::vector<std::wstring>& fields, wchar_t separator);
+// Appends the field to a record being built (no allocation for a field that
+// needs no quotes): the way large exports write their records.
+void AppendDelimitedField(std::wstring& record, std::wstring_view text, wchar_t separator);
+
 struct CsvRow {
     size_t line = 0;                    // 1-based line the record starts on
     std::vector<std::wstring> fields;

@@ -109,6 +109,15 @@ std::wstring UtcExportText(const FILETIME& utc)
     return FieldsText(FileTimeFields(utc), L"%02u:%02u:%04u %02u:%02u:%02u:%03u");
 }
 
+std::wstring UtcIsoText(const FILETIME& utc)
+{
+    const SYSTEMTIME t = FileTimeFields(utc);
+    wchar_t text[64];
+    std::swprintf(text, 64, L"%04u-%02u-%02uT%02u:%02u:%02u.%03uZ", t.wYear, t.wMonth, t.wDay, t.wHour, t.wMinute,
+                  t.wSecond, t.wMilliseconds);
+    return text;
+}
+
 DATE ParseTimeText(std::wstring_view text)
 {
     // Fields in text order and the separator length after each.

@@ -35,6 +35,8 @@ std::wstring LocalTimeText(const FILETIME& utc);
 // The export text of a UTC file time: "%02u:%02u:%04u %02u:%02u:%02u:%03u",
 // in UTC.
 std::wstring UtcExportText(const FILETIME& utc);
+// A UTC file time in ISO 8601 with milliseconds: "2025-03-14T08:00:50.000Z".
+std::wstring UtcIsoText(const FILETIME& utc);
 
 // Parses a display text back into an OLE date: unsigned decimal numbers in
 // the order day, month, year, hour, minute, second, millisecond, with one

@@ -1,6 +1,7 @@
 #include "historian/DBExplorerRows.h"
 
 #include "common/LocalTime.h"
+#include "historian/ItemFilter.h"
 #include "common/Text.h"
 #include "common/Util_Variant.h"
 
@@ -24,6 +25,7 @@ void CDBExplorerRows::Assign(const std::vector<CHistorianSummaryEntry>& summary)
     for (const CHistorianSummaryEntry& entry : summary) {
         Row row;
         row.itemId = entry.itemId;
+        row.foldedId = CItemFilter::FoldCase(entry.itemId);
         row.earliest = DateToString(UtcToLocalDate(entry.timeFrom));
         row.latest = DateToString(UtcToLocalDate(entry.timeTo));
         row.count = Format(L"%ld", entry.valueCount);
@@ -34,11 +36,34 @@ void CDBExplorerRows::Assign(const std::vector<CHistorianSummaryEntry>& summary)
         row.countKey = ParseCount(row.count);
         m_rows.push_back(std::move(row));
     }
+    ApplyFilter();
+}
+
+void CDBExplorerRows::Clear()
+{
+    m_rows.clear();
+    m_shown.clear();
+}
+
+void CDBExplorerRows::SetFilter(const std::wstring& text)
+{
+    m_filterText = text;
+    ApplyFilter();
+}
+
+void CDBExplorerRows::ApplyFilter()
+{
+    const CItemFilter filter(m_filterText);
+    m_shown.clear();
+    m_shown.reserve(m_rows.size());
+    for (size_t i = 0; i < m_rows.size(); ++i)
+        if (filter.Matches(m_rows[i].foldedId))
+            m_shown.push_back(i);
 }
 
 std::wstring CDBExplorerRows::CellText(size_t row, int column) const
 {
-    const Row& r = m_rows.at(row);
+    const Row& r = Shown(row);
     switch (column) {
     case kItemId:
         return r.itemId;
@@ -53,8 +78,8 @@ std::wstring CDBExplorerRows::CellText(size_t row, int column) const
 
 bool CDBExplorerRows::Less(size_t a, size_t b, int column) const
 {
-    const Row& x = m_rows[a];
-    const Row& y = m_rows[b];
+    const Row& x = m_rows[m_shown[a]];
+    const Row& y = m_rows[m_shown[b]];
     switch (column) {
     case kItemId:
         return x.itemId.compare(y.itemId) < 0;   // unsigned 16-bit code units

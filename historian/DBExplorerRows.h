@@ -4,6 +4,9 @@
 // and "Value count". Sorting compares the times parsed back from their
 // texts, the counts as unsigned numbers (9 before 10) and the item IDs as
 // unsigned 16-bit code units ("B" before "a").
+//
+// A filter (CItemFilter) narrows the rows shown: row indices given to and
+// taken from the list count the rows that pass it, in the summary's order.
 #include <windows.h>
 
 #include <string>
@@ -22,14 +25,20 @@ public:
     // times are converted from UTC to local time. Throws CException for a
     // time that has no text.
     void Assign(const std::vector<CHistorianSummaryEntry>& summary);
-    void Clear() { m_rows.clear(); }
+    void Clear();
 
-    const std::wstring& ItemId(size_t row) const { return m_rows.at(row).itemId; }
+    // Keeps only the rows whose item ID passes the filter text (empty: all).
+    void SetFilter(const std::wstring& text);
+    const std::wstring& FilterText() const { return m_filterText; }
+    // Every archived item, filtered out or not.
+    size_t TotalCount() const { return m_rows.size(); }
+
+    const std::wstring& ItemId(size_t row) const { return Shown(row).itemId; }
     // The row's times parsed back from its texts (local time).
-    DATE Earliest(size_t row) const { return m_rows.at(row).earliestKey; }
-    DATE Latest(size_t row) const { return m_rows.at(row).latestKey; }
+    DATE Earliest(size_t row) const { return Shown(row).earliestKey; }
+    DATE Latest(size_t row) const { return Shown(row).latestKey; }
 
-    size_t RowCount() const override { return m_rows.size(); }
+    size_t RowCount() const override { return m_shown.size(); }
     std::wstring CellText(size_t row, int column) const override;
     // Less gives every column's rule (parsed times, numbers, code units).
     bool ComparesByText(int /*column*/) const override { return false; }
@@ -42,6 +51,7 @@ public:
 private:
     struct Row {
         std::wstring itemId;
+        std::wstring foldedId;   // upper case, for the filter
         std::wstring earliest;
         std::wstring latest;
         std::wstring count;
@@ -49,7 +59,12 @@ private:
         DATE latestKey;
         unsigned long long countKey;
     };
+    const Row& Shown(size_t row) const { return m_rows[m_shown.at(row)]; }
+    void ApplyFilter();
+
     std::vector<Row> m_rows;
+    std::vector<size_t> m_shown;   // indices into m_rows of the rows that pass
+    std::wstring m_filterText;
 };
 
 } // namespace CL

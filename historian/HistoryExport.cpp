@@ -59,14 +59,20 @@ std::wstring ValueText(const VARIANT& value)
 
 } // namespace
 
-XmlDocument BuildHistoryDocument(const std::wstring& itemId, const CHistorianValues& values)
+CHistoryXmlBuilder::CHistoryXmlBuilder()
+    : m_document(CreateDomDocument30(L"pIXMLDOM.CreateInstance (__uuidof (MSXML2::DOMDocument30))"))
 {
-    XmlDocument document = CreateDomDocument30(L"pIXMLDOM.CreateInstance (__uuidof (MSXML2::DOMDocument30))");
-    const CBstr noNamespace(L"");
     XmlNode documentNode;
-    Check(document.QueryInterface(__uuidof(IXMLDOMNode), documentNode), L"QueryInterface (IXMLDOMNode)");
-    const XmlElement root = AppendElement(document.Get(), documentNode.Get(), CBstr(L"HistorianData"), noNamespace);
-    const XmlElement item = AppendElement(document.Get(), root.Get(), CBstr(L"Item"), noNamespace);
+    Check(m_document.QueryInterface(__uuidof(IXMLDOMNode), documentNode), L"QueryInterface (IXMLDOMNode)");
+    m_root = AppendElement(m_document.Get(), documentNode.Get(), CBstr(L"HistorianData"), CBstr(L""));
+}
+
+void CHistoryXmlBuilder::AddItem(const std::wstring& itemId, const CHistorianValues& values,
+                                 const std::function<void(size_t)>& step)
+{
+    constexpr size_t kValuesPerStep = 4096;
+    const CBstr noNamespace(L"");
+    const XmlElement item = AppendElement(m_document.Get(), m_root.Get(), CBstr(L"Item"), noNamespace);
     SetAttribute(item.Get(), CBstr(L"OPCItemID"), itemId);
 
     const CBstr valueName(L"Value");
@@ -74,20 +80,34 @@ XmlDocument BuildHistoryDocument(const std::wstring& itemId, const CHistorianVal
     const CBstr qualityName(L"Quality");
     for (size_t i = 0; i < values.Size(); ++i) {
         // Filled before it joins the tree (cheaper for the DOM).
-        const XmlElement value = NewElement(document.Get(), valueName, noNamespace);
+        const XmlElement value = NewElement(m_document.Get(), valueName, noNamespace);
         SetAttribute(value.Get(), timeName, UtcExportText(values.times[i]));
         SetAttribute(value.Get(), qualityName, Format(L"%u", static_cast<unsigned>(values.qualities[i])));
         const CBstr text(ValueText(values.values[i]));
         Check(value->put_text(text.Get()), L"put_text");
         Append(item.Get(), value.Get());
+        if (step && (i + 1) % kValuesPerStep == 0)
+            step(i + 1);
     }
-    return document;
+}
+
+void CHistoryXmlBuilder::Save(const std::wstring& path)
+{
+    SaveDocumentReplacing(m_document.Get(), path, L"pIXMLDOM->save (szFile)");
+}
+
+XmlDocument BuildHistoryDocument(const std::wstring& itemId, const CHistorianValues& values)
+{
+    CHistoryXmlBuilder builder;
+    builder.AddItem(itemId, values);
+    return std::move(builder.Document());
 }
 
 void ExportHistory(const std::wstring& itemId, const CHistorianValues& values, const std::wstring& path)
 {
-    const XmlDocument document = BuildHistoryDocument(itemId, values);
-    SaveDocumentReplacing(document.Get(), path, L"pIXMLDOM->save (szFile)");
+    CHistoryXmlBuilder builder;
+    builder.AddItem(itemId, values);
+    builder.Save(path);
 }
 
 } // namespace CL

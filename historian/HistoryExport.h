@@ -12,6 +12,7 @@
 // them), at most 2048 characters.
 #include <windows.h>
 
+#include <functional>
 #include <string>
 
 #include "common/MsXml.h"
@@ -21,6 +22,24 @@ namespace CL {
 
 // The longest value text written into the export.
 inline constexpr size_t kExportValueTextLimit = 2048;
+
+// The document of several items: one Item element per item, in the order
+// they are added.
+class CHistoryXmlBuilder {
+public:
+    CHistoryXmlBuilder();
+    // Appends the item's element with its values; step is called every few
+    // thousand values with the number added of these values.
+    void AddItem(const std::wstring& itemId, const CHistorianValues& values,
+                 const std::function<void(size_t)>& step = {});
+    XmlDocument& Document() { return m_document; }
+    // Saves the document over the file (beside it first, then moved).
+    void Save(const std::wstring& path);
+
+private:
+    XmlDocument m_document;
+    XmlElement m_root;
+};
 
 // Builds the document of the values.
 XmlDocument BuildHistoryDocument(const std::wstring& itemId, const CHistorianValues& values);

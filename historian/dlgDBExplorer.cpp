@@ -11,8 +11,13 @@
 #include "common/Handle.h"
 #include "common/LocalTime.h"
 #include "common/Text.h"
+#include "common/WorkCancelled.h"
+#include "common/ui/ClipboardText.h"
+#include "common/ui/FileDialog.h"
+#include "common/ui/WorkProgress.h"
 #include "common/ui/WaitCursor.h"
 #include "common/historian/Historian.h"
+#include "historian/HistoryExporter.h"
 #include "historian/dlgHistData.h"
 #include "historian/PickerTime.h"
 #include "historian/dlgTimePeriod.h"
@@ -23,6 +28,7 @@ namespace {
 constexpr wchar_t kNothingSelected[] = L"Nothing is selected";
 constexpr wchar_t kClearQuestion[] = L"Are you sure you wish to clear the database?";
 constexpr wchar_t kDeleteQuestion[] = L"Are you sure you wish to delete permanently all those values?";
+constexpr wchar_t kExportCaption[] = L"Export values of the selected items";
 
 } // namespace
 
@@ -123,6 +129,7 @@ LRESULT CdlgDBExplorer::OnCreate()
                                {ID_DBEXPLORER_DELETE, STD_CUT},
                                {ID_DBEXPLORER_REFRESH, STD_REDOW},
                                {ID_DBEXPLORER_SHOW_DATA, CL::CFrameBars::kViewImage + VIEW_DETAILS},
+                               {ID_DBEXPLORER_EXPORT, STD_FILESAVE},
                                {0, 0},
                                {ID_DBEXPLORER_ABOUT, STD_HELP}});
         if (!m_list.Create(Hwnd(), IDC_DBEXPLORER_LIST))
@@ -138,6 +145,11 @@ LRESULT CdlgDBExplorer::OnCreate()
                            {L"Value count", 90, LVCFMT_RIGHT}});
         m_rows.Clear();
         m_list.SetRows(&m_rows);
+        if (!m_filterBar.Create(Hwnd()))
+            CL::ThrowLastError(L"m_filterBar.Create (m_hWnd)");
+        m_filterBar.onChanged = [this](const std::wstring& text) { OnFilterChanged(text); };
+        // In the tab order before the list, as it is above it.
+        ::SetWindowPos(m_filterBar, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
         ::SetWindowTextW(Hwnd(), Title().c_str());
         created = true;
     });
@@ -152,7 +164,11 @@ void CdlgDBExplorer::OnSize()
     if (!m_list.Hwnd())
         return;
     const RECT content = m_bars.Layout();
-    ::MoveWindow(m_list, content.left, content.top, content.right - content.left, content.bottom - content.top, TRUE);
+    const int filter = m_filterBar.IsWindow() ? m_filterBar.Height() : 0;
+    if (filter)
+        ::MoveWindow(m_filterBar, content.left, content.top, content.right - content.left, filter, TRUE);
+    ::MoveWindow(m_list, content.left, content.top + filter, content.right - content.left,
+                 content.bottom - content.top - filter, TRUE);
 }
 
 bool CdlgDBExplorer::OnNotify(const NMHDR* header, LRESULT* result)
@@ -197,6 +213,18 @@ void CdlgDBExplorer::OnCommand(WORD id)
     case ID_DBEXPLORER_ABOUT:
         OnAbout();
         break;
+    case ID_DBEXPLORER_COPY:
+        OnCopy();
+        break;
+    case ID_DBEXPLORER_EXPORT:
+        OnExport();
+        break;
+    case ID_DBEXPLORER_SELECT_ALL:
+        OnSelectAll();
+        break;
+    case ID_DBEXPLORER_FIND:
+        OnFind();
+        break;
     default:
         break;
     }
@@ -211,8 +239,88 @@ void CdlgDBExplorer::Refresh()
         m_rows.Assign(m_historian.ReadSummary());
         m_list.Reset();
         m_list.SetSortIndicator(CL::CDBExplorerRows::kItemId, true);
-        m_bars.SetIdleText(CL::Format(L"%u archived item(s)", static_cast<unsigned>(m_rows.RowCount())));
+        ShowCount();
     });
+}
+
+// "<n> archived item(s)", or "<shown> of <all> archived item(s)" while a
+// filter is set.
+void CdlgDBExplorer::ShowCount()
+{
+    const auto shown = static_cast<unsigned>(m_rows.RowCount());
+    if (m_rows.FilterText().empty())
+        m_bars.SetIdleText(CL::Format(L"%u archived item(s)", shown));
+    else
+        m_bars.SetIdleText(CL::Format(L"%u of %u archived item(s)", shown, static_cast<unsigned>(m_rows.TotalCount())));
+}
+
+void CdlgDBExplorer::OnFilterChanged(const std::wstring& text)
+{
+    Log(3, "CdlgDBExplorer::OnFilterChanged" + MV_POS());
+    CL::RunReported([&] {
+        m_rows.SetFilter(text);
+        // The rows shown keep the order the list was sorted in.
+        m_list.Reset(true);
+        ShowCount();
+    });
+}
+
+void CdlgDBExplorer::OnFind()
+{
+    Log(3, "CdlgDBExplorer::OnFind" + MV_POS());
+    CL::RunReported([this] { m_filterBar.Focus(); });
+}
+
+void CdlgDBExplorer::OnCopy()
+{
+    Log(3, "CdlgDBExplorer::OnCopy" + MV_POS());
+    CL::RunReported([this] {
+        const std::vector<size_t> selected = SelectionOrSay();
+        if (selected.empty())
+            return;
+        CL::CWaitCursor wait;
+        CL::SetClipboardText(Hwnd(), CL::ReportRowsText(m_list, selected));
+    });
+}
+
+void CdlgDBExplorer::OnSelectAll()
+{
+    Log(3, "CdlgDBExplorer::OnSelectAll" + MV_POS());
+    CL::RunReported([this] { m_list.SelectAll(); });
+}
+
+bool CdlgDBExplorer::PreTranslateMessage(MSG& msg)
+{
+    if (!IsWindow() || msg.message != WM_KEYDOWN || (msg.hwnd != Hwnd() && !::IsChild(Hwnd(), msg.hwnd)))
+        return false;
+    const bool control = ::GetKeyState(VK_CONTROL) < 0;
+    if (control && msg.wParam == 'F') {
+        OnFind();
+        return true;
+    }
+    if (msg.hwnd == m_filterBar.Edit())
+        return OnFilterKey(msg);
+    return false;
+}
+
+// Enter and Down go from the filter box to the list, Tab moves between the
+// two, Esc empties the box.
+bool CdlgDBExplorer::OnFilterKey(const MSG& msg)
+{
+    switch (msg.wParam) {
+    case VK_RETURN:
+    case VK_DOWN:
+    case VK_TAB:
+        ::SetFocus(m_list);
+        if (m_list.FocusedRow() < 0 && m_list.DisplayCount() > 0)
+            m_list.Select(m_list.SourceRowAt(0));
+        return true;
+    case VK_ESCAPE:
+        m_filterBar.SetText(L"");
+        return true;
+    default:
+        return false;
+    }
 }
 
 void CdlgDBExplorer::OnRefresh()
@@ -292,6 +400,70 @@ void CdlgDBExplorer::OnShowData()
     });
 }
 
+void CdlgDBExplorer::OnExport()
+{
+    Log(3, "CdlgDBExplorer::OnExport" + MV_POS());
+    CL::RunReported([this] {
+        const std::vector<size_t> selected = SelectionOrSay();
+        if (selected.empty())
+            return;
+        // The period of every selected item, items in the order of the list.
+        CdlgTimePeriod period;
+        period.m_caption = kExportCaption;
+        period.m_from = m_rows.Earliest(selected.front());
+        period.m_to = m_rows.Latest(selected.front());
+        std::vector<std::wstring> itemIds;
+        for (size_t row : selected) {
+            period.m_from = std::min(period.m_from, m_rows.Earliest(row));
+            period.m_to = std::max(period.m_to, m_rows.Latest(row));
+            itemIds.push_back(m_rows.ItemId(row));
+        }
+        if (period.DoModal(Hwnd()) != IDOK)
+            return;
+        int filterIndex = 1;
+        const std::wstring path =
+            CL::AskSaveFileName(Hwnd(), CL::kExportFilter, L"xml", L"HistorianData.xml", &filterIndex);
+        if (path.empty())
+            return;
+        size_t valueCount = 0;
+        if (ExportItems(itemIds, period, path, filterIndex, valueCount))
+            m_bars.SetStatusText(CL::Format(L"%u value(s) of %u item(s) exported", static_cast<unsigned>(valueCount),
+                                            static_cast<unsigned>(itemIds.size())));
+        else
+            m_bars.SetStatusText(L"Export cancelled: nothing was written");
+    });
+}
+
+bool CdlgDBExplorer::ExportItems(const std::vector<std::wstring>& itemIds, const CdlgTimePeriod& period,
+                                 const std::wstring& path, int filterIndex, size_t& valueCount)
+{
+    CL::CWaitCursor wait;
+    // The last whole second shown is inside the period.
+    const DATE from = CL::LocalToUtcDate(period.m_from);
+    const DATE to = CL::LocalToUtcDate(period.m_to + CL::kOneSecond);
+    try {
+        CL::CHistoryExporter exporter(path, CL::ExportFormatFor(path, filterIndex));
+        CL::CWorkProgress progress(Hwnd(), [this](const std::wstring& text) { m_bars.SetStatusText(text); });
+        for (size_t i = 0; i < itemIds.size(); ++i) {
+            const auto say = [&](const wchar_t* what, size_t done) {
+                progress.Step([&] {
+                    return CL::Format(L"Item %u of %u: %u value(s) %ls... (Esc cancels)", static_cast<unsigned>(i + 1),
+                                      static_cast<unsigned>(itemIds.size()), static_cast<unsigned>(done), what);
+                });
+            };
+            CL::CHistorianValues values;
+            m_historian.ReadRangeChecked(itemIds[i], period.m_useFrom, from, period.m_useTo, to, 0, values,
+                                         [&](size_t done) { say(L"read", done); });
+            exporter.Add(itemIds[i], values, [&](size_t done) { say(L"written", done); });
+            valueCount += values.Size();
+        }
+        exporter.Commit();
+    } catch (const CL::CWorkCancelled&) {
+        return false;
+    }
+    return true;
+}
+
 void CdlgDBExplorer::OnAbout()
 {
     Log(3, "CdlgDBExplorer::OnAbout" + MV_POS());
@@ -347,7 +519,9 @@ void CdlgDBExplorer::OnGetInfoTip(NMLVGETINFOTIPW* tip) const
 }
 
 // Keys of the list: F5 refreshes, Delete deletes the selected items' values
-// (Enter, like a double click, shows the item's values: NM_RETURN).
+// (Enter, like a double click, shows the item's values: NM_RETURN), Ctrl+C
+// copies the selected rows, Ctrl+A selects all, Ctrl+F and Tab go to the
+// filter box.
 void CdlgDBExplorer::OnListKey(WORD key)
 {
     switch (key) {
@@ -356,6 +530,21 @@ void CdlgDBExplorer::OnListKey(WORD key)
         break;
     case VK_DELETE:
         OnDelete();
+        break;
+    case VK_TAB:
+        m_filterBar.Focus();
+        break;
+    case 'C':
+        if (::GetKeyState(VK_CONTROL) < 0)
+            OnCopy();
+        break;
+    case 'A':
+        if (::GetKeyState(VK_CONTROL) < 0)
+            OnSelectAll();
+        break;
+    case 'F':
+        if (::GetKeyState(VK_CONTROL) < 0)
+            OnFind();
         break;
     default:
         break;

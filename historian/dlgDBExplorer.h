@@ -5,7 +5,9 @@
 // the values of the selected items within a time period (the time period
 // dialog), and open the historical data window for one item. Toolbar and
 // right-click menu carry the same commands; the list sorts by a clicked
-// column.
+// column. A filter box above the list narrows it to the matching item IDs
+// (Ctrl+F moves there); refresh, sort, selection, copy and delete work on the
+// rows shown.
 //
 // The window is created on demand (Create) and may be closed and created
 // again; the object lives as long as its owner.
@@ -17,7 +19,10 @@
 #include "common/Window.h"
 #include "common/ui/FrameBars.h"
 #include "common/ui/ReportList.h"
+#include "historian/DBExplorerFilterBar.h"
 #include "historian/DBExplorerRows.h"
+
+class CdlgTimePeriod;
 
 namespace CL {
 class CHistorian;
@@ -39,6 +44,12 @@ public:
     const CL::CDBExplorerRows& Rows() const { return m_rows; }
     const CL::CReportList& List() const { return m_list; }
     const CL::CFrameBars& Bars() const { return m_bars; }
+    CDBExplorerFilterBar& FilterBar() { return m_filterBar; }
+
+    // The window's keys before they are dispatched (the program's message
+    // loop calls it): Ctrl+F, Ctrl+C, Ctrl+A and the filter box's Enter,
+    // Down, Esc and Tab. Returns true when the message was used.
+    bool PreTranslateMessage(MSG& msg);
 
 protected:
     const wchar_t* ClassName() const override { return L"MorvaneDBExplorer"; }
@@ -62,6 +73,17 @@ private:
     void OnSysColorChange();
     void OnGetInfoTip(NMLVGETINFOTIPW* tip) const;
     void OnListKey(WORD key);
+    void OnFilterChanged(const std::wstring& text);
+    void OnExport();
+    // Reads and writes every value of the items within the period; false
+    // when the user cancelled (nothing written then).
+    bool ExportItems(const std::vector<std::wstring>& itemIds, const CdlgTimePeriod& period, const std::wstring& path,
+                     int filterIndex, size_t& valueCount);
+    void OnFind();
+    void OnCopy();
+    void OnSelectAll();
+    bool OnFilterKey(const MSG& msg);
+    void ShowCount();
 
     void Refresh();
     // Source rows of the selected lines; shows "Nothing is selected" and
@@ -73,5 +95,6 @@ private:
     std::wstring m_productName = L"Varnel";
     CL::CFrameBars m_bars;
     CL::CReportList m_list;
+    CDBExplorerFilterBar m_filterBar;
     CL::CDBExplorerRows m_rows;
 };

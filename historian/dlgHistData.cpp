@@ -1,6 +1,7 @@
 #include "historian/dlgHistData.h"
 
 #include <commdlg.h>
+#include <windowsx.h>
 
 #include <algorithm>
 
@@ -10,13 +11,17 @@
 #include "common/DiagnosticLog.h"
 #include "common/ErrorReport.h"
 #include "common/Exception.h"
+#include "common/Handle.h"
 #include "common/LocalTime.h"
 #include "common/Text.h"
+#include "common/Util_Variant.h"
+#include "common/WorkCancelled.h"
+#include "common/ui/ClipboardText.h"
 #include "common/ui/FileDialog.h"
 #include "common/ui/WaitCursor.h"
 #include "common/historian/Historian.h"
 #include "historian/HistorianAccess.h"
-#include "historian/HistoryExport.h"
+#include "historian/HistoryExporter.h"
 #include "historian/PickerTime.h"
 #include "res/resource.h"
 
@@ -31,6 +36,22 @@ std::wstring ExportFileName(const std::wstring& itemId)
         if (c < 0x20 || std::wstring_view(L"\\/:*?\"<>|").find(c) != std::wstring_view::npos)
             c = L'_';
     return name + L".xml";
+}
+
+constexpr wchar_t kCancelledText[] = L"Cancelled: nothing was read";
+constexpr double kMillisecond = 1.0 / 86400000.0;
+
+DATE FileTimeToDate(const FILETIME& time)
+{
+    SYSTEMTIME fields;
+    if (!::FileTimeToSystemTime(&time, &fields))
+        CL::ThrowLastError(L"FileTimeToSystemTime (&ft, &st)");
+    return CL::SystemTimeToDate(fields);
+}
+
+bool SameTime(const FILETIME& a, const FILETIME& b)
+{
+    return ::CompareFileTime(&a, &b) == 0;
 }
 
 } // namespace
@@ -76,6 +97,9 @@ void CdlgHistData::InitControls()
     m_anchors.Add(IDC_HISTDATA_ITEM, Anchors::kStretchX | Anchors::kTop);
     m_anchors.Add(IDC_HISTDATA_LIST, Anchors::kStretchX | Anchors::kStretchY);
     m_anchors.Add(IDC_HISTDATA_STATUS, Anchors::kStretchX | Anchors::kBottom);
+    m_anchors.Add(IDC_HISTDATA_MORE, Anchors::kStretchX | Anchors::kBottom);
+    m_anchors.Add(IDC_HISTDATA_NEXT, Anchors::kRight | Anchors::kBottom);
+    m_anchors.Add(IDC_HISTDATA_CANCEL, Anchors::kRight | Anchors::kBottom);
     m_anchors.Capture(Hwnd());
 
     // The chart shares the list's area, below it, next in the tab order.
@@ -141,9 +165,19 @@ void CdlgHistData::SyncPicker(int checkId, int pickerId)
 
 bool CdlgHistData::OnCommand(WORD id, WORD code, HWND /*control*/)
 {
+    // The list's right-click menu.
+    if (id == ID_HISTDATA_COPY || id == ID_HISTDATA_SELECT_ALL) {
+        id == ID_HISTDATA_COPY ? OnCopy() : OnSelectAll();
+        return true;
+    }
     if (code != BN_CLICKED)
         return false;
     switch (id) {
+    case IDC_HISTDATA_NEXT:
+        OnBnClickedBtnNext();
+        return true;
+    case IDC_HISTDATA_CANCEL:
+        return true;   // seen by the work's progress while it runs
     case IDC_HISTDATA_BTN_REFRESH:
         OnBnClickedBtnRefresh();
         return true;
@@ -197,6 +231,11 @@ INT_PTR CdlgHistData::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
     case WM_SYSCOLORCHANGE:
         OnSysColorChange();
         return TRUE;
+    case WM_CONTEXTMENU:
+        if (reinterpret_cast<HWND>(wParam) != m_list.Hwnd())
+            return FALSE;
+        OnLVRClick({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
+        return TRUE;
     default:
         return CL::CDialog::DialogProc(message, wParam, lParam);
     }
@@ -208,6 +247,10 @@ bool CdlgHistData::OnNotify(const NMHDR* header, LRESULT* result)
         return false;
     if (header->code == LVN_COLUMNCLICK) {
         *result = OnColumnClick(header);
+        return true;
+    }
+    if (header->code == LVN_KEYDOWN) {
+        OnListKey(reinterpret_cast<const NMLVKEYDOWN*>(header)->wVKey);
         return true;
     }
     return m_list.OnNotify(header, result);
@@ -248,20 +291,72 @@ void CdlgHistData::OnBnClickedChkTo()
     CL::RunReported([this] { SyncPicker(IDC_TIMEPERIOD_CHK_TO, IDC_TIMEPERIOD_TO); });
 }
 
-CL::CHistorianValues CdlgHistData::Read()
+void CdlgHistData::ReadControls()
 {
     m_from = CL::GetPickerDate(GetDlgItem(IDC_TIMEPERIOD_FROM));
     m_to = CL::GetPickerDate(GetDlgItem(IDC_TIMEPERIOD_TO));
     m_useFrom = ::IsDlgButtonChecked(Hwnd(), IDC_TIMEPERIOD_CHK_FROM);
     m_useTo = ::IsDlgButtonChecked(Hwnd(), IDC_TIMEPERIOD_CHK_TO);
     m_maxCount = ::GetDlgItemInt(Hwnd(), IDC_HISTDATA_MAX_COUNT, nullptr, FALSE);
-    // The whole last second shown is inside the period.
+}
+
+std::unique_ptr<CL::CWorkProgress> CdlgHistData::StartProgress()
+{
+    return std::make_unique<CL::CWorkProgress>(
+        Hwnd(), [this](const std::wstring& text) { SetStatus(text); }, GetDlgItem(IDC_HISTDATA_CANCEL));
+}
+
+void CdlgHistData::SetStatus(const std::wstring& text)
+{
+    ::SetWindowTextW(GetDlgItem(IDC_HISTDATA_STATUS), text.c_str());
+}
+
+// The values within the controls' period, read with the progress shown.
+// The whole last second shown is inside the period.
+CL::CHistorianValues CdlgHistData::Read()
+{
+    ReadControls();
     const DATE fromUtc = CL::LocalToUtcDate(m_from);
     const DATE toUtc = CL::LocalToUtcDate(m_to + CL::kOneSecond);
     CL::CHistorianValues values;
-    m_historian.ReadRange(m_itemId, m_useFrom == BST_CHECKED, fromUtc, m_useTo == BST_CHECKED, toUtc, m_maxCount,
-                          values);
+    const std::unique_ptr<CL::CWorkProgress> progress = StartProgress();
+    m_historian.ReadRangeChecked(m_itemId, m_useFrom == BST_CHECKED, fromUtc, m_useTo == BST_CHECKED, toUtc,
+                                 m_maxCount, values, [&](size_t done) {
+                                     progress->Step([done] { return CL::Format(L"%u value(s) read...", static_cast<unsigned>(done)); });
+                                 });
     return values;
+}
+
+void CdlgHistData::ClearValues()
+{
+    m_rows.Clear();
+    m_list.Reset();
+    m_chart.Clear(m_itemId);
+    m_shown.reset();
+    SetStatus(L"");
+    ::SetDlgItemTextW(Hwnd(), IDC_HISTDATA_MORE, L"");
+    ::EnableWindow(GetDlgItem(IDC_HISTDATA_NEXT), FALSE);
+}
+
+void CdlgHistData::ShowValues(const std::shared_ptr<const CL::CHistorianValues>& read, bool more)
+{
+    const CL::CHistorianValues& values = *read;
+    m_shown = read;
+    m_chart.SetValues(read, m_itemId);
+    try {
+        m_rows.Assign(values);
+    } catch (...) {
+        m_list.Reset();   // the rows made before the failure stay shown
+        throw;
+    }
+    m_list.Reset();
+    SetStatus(CL::Format(L"%u value(s) retrieved for '%ls'", static_cast<unsigned>(values.Size()), m_itemId.c_str()));
+    const bool next = more && values.Size() > 0;
+    if (next) {
+        const std::wstring after = L"More values follow after " + CL::LocalTimeText(values.times.back());
+        ::SetDlgItemTextW(Hwnd(), IDC_HISTDATA_MORE, after.c_str());
+    }
+    ::EnableWindow(GetDlgItem(IDC_HISTDATA_NEXT), next);
 }
 
 void CdlgHistData::OnBnClickedBtnRefresh()
@@ -269,41 +364,168 @@ void CdlgHistData::OnBnClickedBtnRefresh()
     Log(3, "CdlgHistData::OnBnClickedBtnRefresh" + MV_POS());
     CL::RunReported([this] {
         CL::CWaitCursor wait;
-        m_rows.Clear();
-        m_list.Reset();
-        m_chart.Clear(m_itemId);
-        ::SetDlgItemTextW(Hwnd(), IDC_HISTDATA_STATUS, L"");
-        const auto read = std::make_shared<const CL::CHistorianValues>(Read());
-        const CL::CHistorianValues& values = *read;
-        m_chart.SetValues(read, m_itemId);
+        ClearValues();
+        ReadControls();
+        // The whole last second shown is inside the period.
+        const DATE fromUtc = CL::LocalToUtcDate(m_from);
+        const DATE toUtc = CL::LocalToUtcDate(m_to + CL::kOneSecond);
+        const auto read = std::make_shared<CL::CHistorianValues>();
+        m_sameTimeBefore = 0;
         try {
-            m_rows.Assign(values);
-        } catch (...) {
-            m_list.Reset();   // the rows made before the failure stay shown
-            throw;
+            const std::unique_ptr<CL::CWorkProgress> progress = StartProgress();
+            const HRESULT result = m_historian.ReadRange(
+                m_itemId, m_useFrom == BST_CHECKED, fromUtc, m_useTo == BST_CHECKED, toUtc, m_maxCount, *read, false,
+                [&](size_t done) {
+                    progress->Step([done] { return CL::Format(L"%u value(s) read...", static_cast<unsigned>(done)); });
+                });
+            ShowValues(read, result == CL::CHistorian::kMoreData);
+        } catch (const CL::CWorkCancelled&) {
+            SetStatus(kCancelledText);
         }
-        m_list.Reset();
-        const std::wstring status = CL::Format(L"%u value(s) retrieved for '%ls'",
-                                               static_cast<unsigned>(values.Size()), m_itemId.c_str());
-        ::SetWindowTextW(GetDlgItem(IDC_HISTDATA_STATUS), status.c_str());
     });
 }
 
-std::wstring CdlgHistData::AskExportFile() const
+void CdlgHistData::OnBnClickedBtnNext()
 {
-    return CL::AskSaveFileName(Hwnd(), L"XML Files\0*.xml\0All files\0*.*\0", L"xml", ExportFileName(m_itemId));
+    Log(3, "CdlgHistData::OnBnClickedBtnNext" + MV_POS());
+    CL::RunReported([this] {
+        if (!m_shown || m_shown->Size() == 0)
+            return;
+        CL::CWaitCursor wait;
+        try {
+            const std::unique_ptr<CL::CWorkProgress> progress = StartProgress();
+            bool more = false;
+            const std::shared_ptr<const CL::CHistorianValues> next = ReadAfterShown(*progress, more);
+            ClearValues();
+            ShowValues(next, more);
+        } catch (const CL::CWorkCancelled&) {
+            SetStatus(kCancelledText);
+        }
+    });
+}
+
+// The read starts a millisecond before the last value shown (its time went
+// through a text-free but lossy conversion) with room for the values shown
+// in that millisecond, which are then dropped: values at the same time as
+// the last one shown are not lost at the page break.
+std::shared_ptr<const CL::CHistorianValues> CdlgHistData::ReadAfterShown(CL::CWorkProgress& progress, bool& more)
+{
+    const CL::CHistorianValues& shown = *m_shown;
+    const FILETIME last = shown.times.back();
+    const DATE lastUtc = FileTimeToDate(last);
+    ULARGE_INTEGER margin;
+    margin.LowPart = last.dwLowDateTime;
+    margin.HighPart = last.dwHighDateTime;
+    margin.QuadPart -= 10000;   // 1 ms in 100 ns units
+    size_t inMargin = 0;
+    size_t sameAsLast = 0;
+    for (size_t i = shown.Size(); i-- > 0;) {
+        const ULARGE_INTEGER t = {{shown.times[i].dwLowDateTime, shown.times[i].dwHighDateTime}};
+        if (t.QuadPart < margin.QuadPart)
+            break;
+        ++inMargin;
+        sameAsLast += SameTime(shown.times[i], last) ? 1 : 0;
+    }
+    if (sameAsLast == shown.Size())
+        sameAsLast += m_sameTimeBefore;   // the whole page was at that time
+    const DATE toUtc = CL::LocalToUtcDate(m_to + CL::kOneSecond);
+    const DWORD limit = m_maxCount + static_cast<DWORD>(inMargin + m_sameTimeBefore);
+    CL::CHistorianValues read;
+    const HRESULT result = m_historian.ReadRange(
+        m_itemId, true, lastUtc - kMillisecond, m_useTo == BST_CHECKED, toUtc, limit, read, false, [&](size_t done) {
+            progress.Step([done] { return CL::Format(L"%u value(s) read...", static_cast<unsigned>(done)); });
+        });
+    auto next = std::make_shared<CL::CHistorianValues>();
+    size_t sameSkipped = 0;
+    for (size_t i = 0; i < read.Size(); ++i) {
+        const int order = ::CompareFileTime(&read.times[i], &last);
+        if (order < 0 || (order == 0 && sameSkipped++ < sameAsLast))
+            continue;
+        if (next->Size() == m_maxCount) {
+            more = true;
+            break;
+        }
+        next->times.push_back(read.times[i]);
+        next->qualities.push_back(read.qualities[i]);
+        next->values.push_back(read.values[i]);
+    }
+    more = more || result == CL::CHistorian::kMoreData;
+    m_sameTimeBefore = sameAsLast;
+    return next;
+}
+
+void CdlgHistData::OnListKey(WORD key)
+{
+    if (::GetKeyState(VK_CONTROL) >= 0)
+        return;
+    if (key == 'C')
+        OnCopy();
+    else if (key == 'A')
+        OnSelectAll();
+}
+
+void CdlgHistData::OnCopy()
+{
+    Log(3, "CdlgHistData::OnCopy" + MV_POS());
+    CL::RunReported([this] {
+        const std::vector<size_t> selected = m_list.SelectedRows();
+        if (selected.empty())
+            return;
+        CL::CWaitCursor wait;
+        CL::SetClipboardText(Hwnd(), CL::ReportRowsText(m_list, selected));
+    });
+}
+
+void CdlgHistData::OnSelectAll()
+{
+    Log(3, "CdlgHistData::OnSelectAll" + MV_POS());
+    CL::RunReported([this] { m_list.SelectAll(); });
+}
+
+void CdlgHistData::OnLVRClick(POINT screen)
+{
+    Log(3, "CdlgHistData::OnLVRClick" + MV_POS());
+    CL::RunReported([&] {
+        const CL::UniqueMenu menu(::LoadMenuW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDR_HISTDATA_CONTEXT)));
+        if (!menu)
+            CL::ThrowLastError(L"LoadMenu (IDR_HISTDATA_CONTEXT)");
+        if (screen.x == -1 && screen.y == -1) {   // from the keyboard: the list's corner
+            screen = {0, 0};
+            ::ClientToScreen(m_list, &screen);
+        }
+        ::TrackPopupMenu(::GetSubMenu(menu.get(), 0), TPM_LEFTALIGN | TPM_RIGHTBUTTON, screen.x, screen.y, 0, Hwnd(),
+                         nullptr);
+    });
+}
+
+std::wstring CdlgHistData::AskExportFile(int* filterIndex) const
+{
+    return CL::AskSaveFileName(Hwnd(), CL::kExportFilter, L"xml", ExportFileName(m_itemId), filterIndex);
 }
 
 void CdlgHistData::OnClickedOpenFile()
 {
     Log(3, "CdlgHistData::OnClickedOpenFile" + MV_POS());
     CL::RunReported([this] {
-        const std::wstring path = AskExportFile();
+        int filterIndex = 1;
+        const std::wstring path = AskExportFile(&filterIndex);
         if (path.empty())
             return;
         CL::CWaitCursor wait;
-        const CL::CHistorianValues values = Read();
-        CL::ExportHistory(m_itemId, values, path);
+        try {
+            CL::CHistoryExporter exporter(path, CL::ExportFormatFor(path, filterIndex));
+            const CL::CHistorianValues values = Read();
+            const std::unique_ptr<CL::CWorkProgress> progress = StartProgress();
+            const size_t total = values.Size();
+            exporter.Add(m_itemId, values, [&](size_t done) {
+                progress->Step([&] {
+                    return CL::Format(L"%u of %u value(s) written...", static_cast<unsigned>(done), static_cast<unsigned>(total));
+                });
+            });
+            exporter.Commit();
+        } catch (const CL::CWorkCancelled&) {
+            SetStatus(L"Cancelled: nothing was saved");
+        }
     });
 }
 

@@ -9,8 +9,17 @@
 // are converted from local time to UTC and passed to the historian's range
 // read with the two check boxes as the bound flags and the "Retrieve max"
 // number as the maximum count (0: no limit).
+//
+// Beyond that: when a read stopped at the maximum, the window says where the
+// values go on ("More values follow after <time>") and "Next" shows the next
+// maximum-count values after the last one shown. "Save data..." writes XML
+// or CSV (by the file type or the extension typed). Ctrl+C and the list's
+// right-click menu copy the selected rows as tab-separated text, Ctrl+A
+// selects all. Reads and saves that run long show their progress in the
+// status line and stop on Esc or "Cancel".
 #include <windows.h>
 
+#include <memory>
 #include <string>
 
 #include "common/Window.h"
@@ -18,6 +27,7 @@
 #include "common/ui/DialogAnchors.h"
 #include "common/ui/ReportList.h"
 #include "common/ui/SplitBar.h"
+#include "common/ui/WorkProgress.h"
 #include "historian/HistDataRows.h"
 #include "historian/TrendChart.h"
 
@@ -55,6 +65,11 @@ private:
     void OnBnClickedChkFrom();
     void OnBnClickedChkTo();
     void OnBnClickedChkChart();
+    void OnBnClickedBtnNext();
+    void OnCopy();
+    void OnSelectAll();
+    void OnListKey(WORD key);
+    void OnLVRClick(POINT screen);
     LRESULT OnColumnClick(const NMHDR* header);
     void OnSysColorChange();
     bool OnNotify(const NMHDR* header, LRESULT* result);
@@ -70,12 +85,25 @@ private:
     // Reads the controls into the dialog's state and the item's values
     // within them from the historian.
     CL::CHistorianValues Read();
+    // Reads the controls into the dialog's state.
+    void ReadControls();
+    // Shows the values read (rows, chart, status and what follows them).
+    void ShowValues(const std::shared_ptr<const CL::CHistorianValues>& values, bool more);
+    void ClearValues();
+    // The values after the last one shown, at most the maximum count;
+    // more tells whether yet more follow.
+    std::shared_ptr<const CL::CHistorianValues> ReadAfterShown(CL::CWorkProgress& progress, bool& more);
+    // Progress of a read in the status line, Esc and "Cancel" to stop it.
+    std::unique_ptr<CL::CWorkProgress> StartProgress();
+    void SetStatus(const std::wstring& text);
     // The save-file dialog; empty when the user cancels.
-    std::wstring AskExportFile() const;
+    std::wstring AskExportFile(int* filterIndex) const;
 
     CL::CHistorian& m_historian;
     CL::CReportList m_list;
     CL::CHistDataRows m_rows;
+    std::shared_ptr<const CL::CHistorianValues> m_shown;   // the values the list shows
+    size_t m_sameTimeBefore = 0;   // values at the first shown time on pages before
     CL::CTrendChart m_chart;
     CL::CSplitBar m_splitBar;
     int m_chartHeight = 0;   // pixels; 0: not yet placed

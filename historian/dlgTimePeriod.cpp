@@ -18,6 +18,8 @@ BOOL CdlgTimePeriod::OnInitDialog()
         const HICON icon = ::LoadIconW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDI_MAIN));
         ::SendMessageW(Hwnd(), WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(icon));
         ::SendMessageW(Hwnd(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(icon));
+        if (!m_caption.empty())
+            ::SetWindowTextW(Hwnd(), m_caption.c_str());
         const HWND from = GetDlgItem(IDC_TIMEPERIOD_FROM);
         const HWND to = GetDlgItem(IDC_TIMEPERIOD_TO);
         CL::SetPickerFormat(from);

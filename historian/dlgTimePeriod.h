@@ -6,6 +6,8 @@
 // time out) and validates nothing: a From after To is accepted as it is.
 #include <windows.h>
 
+#include <string>
+
 #include "common/Window.h"
 
 class CdlgTimePeriod : public CL::CDialog {
@@ -14,6 +16,9 @@ public:
     double m_to = 0.0;       // OLE date, local time
     bool m_useFrom = true;
     bool m_useTo = true;
+    // A caption for another use of the dialog (the export); empty keeps the
+    // template's caption.
+    std::wstring m_caption;
 
     // Runs the dialog; returns IDOK or IDCANCEL (or -1 when it cannot be shown).
     INT_PTR DoModal(HWND owner);

@@ -33,3 +33,25 @@
 #define IDC_HISTDATA_MAX_LABEL       1044
 #define IDC_HISTDATA_MAX_NOTE        1045
 #define IDC_HISTDATA_ITEM_LABEL      1046
+
+// The explorer's filter bar (a child dialog above the list).
+#define IDD_DBEXPLORER_FILTER        1600
+#define IDC_DBEXPLORER_FILTER_LABEL  1601
+#define IDC_DBEXPLORER_FILTER        1602  // the filter text box
+
+// Historical data: what lies beyond a read that stopped at the maximum, the
+// progress of long work and its Cancel button.
+#define IDC_HISTDATA_MORE            1605  // "More values follow after <time>"
+#define IDC_HISTDATA_NEXT            1606  // "&Next"
+#define IDC_HISTDATA_CANCEL          1607  // "Cancel" of long work
+#define IDR_HISTDATA_CONTEXT         1610  // the value list's right-click menu
+
+// Explorer commands added to the toolbar, the right-click menu and the keys.
+#define ID_DBEXPLORER_EXPORT         32830  // "Export values..."
+#define ID_DBEXPLORER_COPY           32831  // Ctrl+C: the selected rows as text
+#define ID_DBEXPLORER_SELECT_ALL     32832  // Ctrl+A
+#define ID_DBEXPLORER_FIND           32833  // Ctrl+F: to the filter box
+#define ID_DBEXPLORER_CANCEL         32834  // Esc / "Cancel" of long work
+// Historical data list commands (right-click menu, keys).
+#define ID_HISTDATA_COPY             32840
+#define ID_HISTDATA_SELECT_ALL       32841

@@ -6,6 +6,7 @@
 #include "common/DiagnosticLog.h"
 #include "common/Exception.h"
 #include "common/Text.h"
+#include "common/WorkCancelled.h"
 #include "common/historian/DbConnection.h"
 #include "common/historian/DbError.h"
 
@@ -130,13 +131,16 @@ void CHistorian::Execute(IDbConnection& connection, const std::wstring& sql) con
 }
 
 HRESULT CHistorian::ReadRange(const std::wstring& itemId, bool hasFrom, double from, bool hasTo, double to,
-                              DWORD maxCount, CHistorianValues& out, bool includeMemoryRun)
+                              DWORD maxCount, CHistorianValues& out, bool includeMemoryRun,
+                              const ReadProgress& progress)
 {
     out.Clear();
     try {
         const std::unique_ptr<IDbConnection> connection = OpenConnection();
-        if (!ReadRows(*connection, itemId, hasFrom, from, hasTo, to, maxCount, out))
+        if (!ReadRows(*connection, itemId, hasFrom, from, hasTo, to, maxCount, out, progress))
             return kMoreData;
+    } catch (const CWorkCancelled&) {
+        throw;
     } catch (...) {
         LogCaughtException(1, kReadFailureMarker);
         if (LogEnabled(1))
@@ -151,8 +155,28 @@ HRESULT CHistorian::ReadRange(const std::wstring& itemId, bool hasFrom, double f
     return out.Size() > 0 ? S_OK : kNoData;
 }
 
+HRESULT CHistorian::ReadRangeChecked(const std::wstring& itemId, bool hasFrom, double from, bool hasTo, double to,
+                                     DWORD maxCount, CHistorianValues& out, const ReadProgress& progress)
+{
+    out.Clear();
+    try {
+        const std::unique_ptr<IDbConnection> connection = OpenConnection();
+        if (!ReadRows(*connection, itemId, hasFrom, from, hasTo, to, maxCount, out, progress))
+            return kMoreData;
+    } catch (const CWorkCancelled&) {
+        throw;
+    } catch (...) {
+        LogCaughtException(1, kReadFailureMarker);
+        if (LogEnabled(1))
+            Log(1, kFailedToReadDb);
+        throw;
+    }
+    return out.Size() > 0 ? S_OK : kNoData;
+}
+
 bool CHistorian::ReadRows(IDbConnection& connection, const std::wstring& itemId, bool hasFrom, double from,
-                          bool hasTo, double to, DWORD maxCount, CHistorianValues& out) const
+                          bool hasTo, double to, DWORD maxCount, CHistorianValues& out,
+                          const ReadProgress& progress) const
 {
     const std::wstring sql = CHistorianSql(CHistorianSql::DialectOf(connection.DbmsName()))
                                  .RangeQuery(itemId, hasFrom, from, hasTo, to);
@@ -160,6 +184,8 @@ bool CHistorian::ReadRows(IDbConnection& connection, const std::wstring& itemId,
         m_observer(sql);
     const std::unique_ptr<IDbRecordset> recordset = connection.Query(sql);
     for (; !recordset->IsEof(); recordset->MoveNext()) {
+        if (progress)
+            progress(out.Size());
         try {
             const long valueCount = FieldAs(*recordset, L"ValCount", VT_I4).lVal;
             CVariant& buffer = recordset->Field(L"ItemValues");

@@ -16,6 +16,7 @@
 // instead; the other operations let them reach the caller.
 #include <windows.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -37,6 +38,11 @@ public:
     // OPC HDA success codes of ReadRange.
     static constexpr HRESULT kNoData = 0x40041002;     // OPC_S_NODATA
     static constexpr HRESULT kMoreData = 0x40041003;   // OPC_S_MOREDATA
+
+    // Called between the runs of a range read with the number of values
+    // delivered so far. It may throw CWorkCancelled (WorkCancelled.h) to stop
+    // the read: that exception always reaches the caller.
+    using ReadProgress = std::function<void(size_t valuesSoFar)>;
 
     CHistorian() = default;
     // Saves every cache (one connection for all); never throws.
@@ -65,7 +71,14 @@ public:
     // stopped the read. Never throws for database or record faults: they
     // are logged and the read goes on.
     HRESULT ReadRange(const std::wstring& itemId, bool hasFrom, double from, bool hasTo, double to,
-                      DWORD maxCount, CHistorianValues& out, bool includeMemoryRun = false);
+                      DWORD maxCount, CHistorianValues& out, bool includeMemoryRun = false,
+                      const ReadProgress& progress = {});
+    // The same read for work that must not go on with part of the values
+    // (exports): a failure of the whole read (the database gone, a query
+    // that fails) reaches the caller after it is logged. Faults of single
+    // runs are logged and skipped as ReadRange does; no run in memory.
+    HRESULT ReadRangeChecked(const std::wstring& itemId, bool hasFrom, double from, bool hasTo, double to,
+                             DWORD maxCount, CHistorianValues& out, const ReadProgress& progress = {});
 
     // One entry per archived item, in the database's order of item IDs.
     std::vector<CHistorianSummaryEntry> ReadSummary();
@@ -94,7 +107,7 @@ private:
     std::unique_ptr<IDbConnection> OpenConnection() const;
     void Execute(IDbConnection& connection, const std::wstring& sql) const;
     bool ReadRows(IDbConnection& connection, const std::wstring& itemId, bool hasFrom, double from, bool hasTo,
-                  double to, DWORD maxCount, CHistorianValues& out) const;
+                  double to, DWORD maxCount, CHistorianValues& out, const ReadProgress& progress) const;
     void SaveCachesLocked();
 
     std::map<std::wstring, std::unique_ptr<CItem>, NoCaseLess> m_items;

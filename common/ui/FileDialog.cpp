@@ -11,6 +11,13 @@ namespace CL {
 std::wstring AskSaveFileName(HWND owner, const wchar_t* filter, const wchar_t* defaultExtension,
                              const std::wstring& initialName)
 {
+    int filterIndex = 0;
+    return AskSaveFileName(owner, filter, defaultExtension, initialName, &filterIndex);
+}
+
+std::wstring AskSaveFileName(HWND owner, const wchar_t* filter, const wchar_t* defaultExtension,
+                             const std::wstring& initialName, int* filterIndex)
+{
     // Room for a long path: the dialog fails rather than cut it.
     std::vector<wchar_t> file(32768, L'\0');
     if (initialName.size() < 260)
@@ -30,6 +37,7 @@ std::wstring AskSaveFileName(HWND owner, const wchar_t* filter, const wchar_t* d
             throw CException(HRESULT_FROM_WIN32(error), L"GetSaveFileName (&ofn)");
         return std::wstring();
     }
+    *filterIndex = static_cast<int>(ofn.nFilterIndex);
     return file.data();
 }
 

@@ -13,5 +13,9 @@ namespace CL {
 // characters) is proposed. A failure of the dialog itself throws CException.
 std::wstring AskSaveFileName(HWND owner, const wchar_t* filter, const wchar_t* defaultExtension,
                              const std::wstring& initialName);
+// The same, telling which file type the user left chosen (1-based index
+// into the filter list) in *filterIndex.
+std::wstring AskSaveFileName(HWND owner, const wchar_t* filter, const wchar_t* defaultExtension,
+                             const std::wstring& initialName, int* filterIndex);
 
 } // namespace CL

@@ -94,6 +94,9 @@ void CReportList::SetColumns(const std::vector<ReportColumn>& columns)
         ++index;
     }
     m_columnCount = columns.size();
+    m_titles.clear();
+    for (const ReportColumn& column : columns)
+        m_titles.emplace_back(column.title);
     ShowArrow();
 }
 
@@ -217,6 +220,12 @@ void CReportList::Select(size_t sourceRow, bool focus)
     const UINT state = LVIS_SELECTED | (focus ? LVIS_FOCUSED : 0);
     ListView_SetItemState(m_hwnd, index, state, state);
     ListView_EnsureVisible(m_hwnd, index, FALSE);
+}
+
+void CReportList::SelectAll()
+{
+    // -1: every item of the (virtual) list at once.
+    ListView_SetItemState(m_hwnd, -1, LVIS_SELECTED, LVIS_SELECTED);
 }
 
 bool CReportList::OnNotify(const NMHDR* header, LRESULT* result)

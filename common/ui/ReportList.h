@@ -62,6 +62,8 @@ public:
 
     void SetColumns(const std::vector<ReportColumn>& columns);
     int ColumnCount() const { return static_cast<int>(m_columnCount); }
+    std::wstring ColumnTitle(int column) const { return m_titles.at(static_cast<size_t>(column)); }
+    const IReportRows* Rows() const { return m_rows; }
     // The source stays owned by the caller and must outlive the control's
     // use of it (or be replaced with nullptr).
     void SetRows(const IReportRows* rows);
@@ -98,6 +100,8 @@ public:
     // The focused line's source row, or -1 when no line has the focus.
     long long FocusedRow() const;
     void Select(size_t sourceRow, bool focus = true);
+    // Selects every line shown.
+    void SelectAll();
 
     // Handles LVN_GETDISPINFO, LVN_COLUMNCLICK and LVN_ODFINDITEM of this
     // control; returns true (result in *result) when the notification was
@@ -123,6 +127,7 @@ private:
     const IReportRows* m_rows = nullptr;
     std::vector<size_t> m_order;
     size_t m_columnCount = 0;
+    std::vector<std::wstring> m_titles;
     int m_sortColumn = kNoSort;
     bool m_ascending = true;
     UniqueGdiObject m_bmSortUp;

@@ -88,7 +88,7 @@ TEST_P(DBExplorer, TitleColumnsAndResizableFrame)
     EXPECT_NE(::SendMessageW(m_explorer, WM_GETICON, ICON_BIG, 0), 0);
 }
 
-TEST_P(DBExplorer, ToolbarHoldsTheFiveCommandsWithASeparatorBeforeAbout)
+TEST_P(DBExplorer, ToolbarHoldsTheCommandsWithASeparatorBeforeAbout)
 {
     Open();
     const HWND toolbar = m_explorer.Bars().Toolbar();
@@ -100,7 +100,8 @@ TEST_P(DBExplorer, ToolbarHoldsTheFiveCommandsWithASeparatorBeforeAbout)
         ::SendMessageW(toolbar, TB_GETBUTTON, i, reinterpret_cast<LPARAM>(&button));
         commands.push_back((button.fsStyle & BTNS_SEP) ? 0 : button.idCommand);
     }
-    EXPECT_EQ(commands, (std::vector<int>{32804, 32809, 32810, 32811, 0, 32808}));
+    // The five commands in their order, "Export values..." added before the separator.
+    EXPECT_EQ(commands, (std::vector<int>{32804, 32809, 32810, 32811, ID_DBEXPLORER_EXPORT, 0, 32808}));
     EXPECT_EQ(CL::CFrameBars::Tooltip(32804), L"Delete all items all values from database");
     EXPECT_EQ(CL::CFrameBars::Tooltip(32809), L"Delete selected item values from database");
     EXPECT_EQ(CL::CFrameBars::Tooltip(32810), L"Refresh");
@@ -122,7 +123,11 @@ TEST_P(DBExplorer, RightClickMenuCarriesTheCommands)
                         {L"Delete all items all values from database...", 32804},
                         {L"Delete selected item values from database...", 32809},
                         {L"Refresh", 32810},
-                        {L"Show selected item values...", 32811}}));
+                        {L"Show selected item values...", 32811},
+                        {L"-", 0},
+                        {L"&Export values...", ID_DBEXPLORER_EXPORT},
+                        {L"&Copy\tCtrl+C", ID_DBEXPLORER_COPY},
+                        {L"Select &all\tCtrl+A", ID_DBEXPLORER_SELECT_ALL}}));
 }
 
 TEST_P(DBExplorer, RightClickMenuOpensFromTheKeyboardToo)
@@ -133,7 +138,7 @@ TEST_P(DBExplorer, RightClickMenuOpensFromTheKeyboardToo)
     test::TrackedMenuCapture capture;
     ::SendMessageW(m_explorer, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(List()), MAKELPARAM(-1, -1));
     ASSERT_TRUE(capture.Captured());
-    EXPECT_EQ(capture.Entries().size(), 4u);
+    EXPECT_EQ(capture.Entries().size(), 8u);
 }
 
 TEST_P(DBExplorer, EmptyDatabaseGivesAnEmptyListAndNothingIsSelected)

@@ -101,3 +101,10 @@ TEST(Csv, QuoteNeverClosedIsMalformedAndEndsTheText)
     EXPECT_NE(rows[1].error.find(L"never closed"), std::wstring::npos);
     EXPECT_EQ(rows[1].line, 2u);
 }
+
+TEST(Csv, TabSeparatedRecordQuotesOnlyFieldsWithTabsQuotesOrLineBreaks)
+{
+    EXPECT_EQ(CL::DelimitedRecord({L"a,b", L"x\ty", L"say \"hi\"", L"l1\r\nl2", L""}, L'\t'),
+              L"a,b\t\"x\ty\"\t\"say \"\"hi\"\"\"\t\"l1\r\nl2\"\t\r\n");
+    EXPECT_EQ(CL::DelimitedField(L"plain", L'\t'), L"plain");
+}
