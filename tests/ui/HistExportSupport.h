@@ -36,14 +36,18 @@ inline test::MessageBoxAnswerer::Answer SaveAsAnswer(const std::wstring& path)
     };
 }
 
-// The boxes seen that were neither the save dialog nor the overwrite
-// question: error reports, the time period dialog.
+// The boxes seen that were neither the save dialog (also seen before it has
+// its title) nor its overwrite question: error reports, the time period
+// dialog.
 inline std::vector<test::MessageBoxInfo> OtherBoxes(const test::MessageBoxAnswerer& answerer)
 {
     std::vector<test::MessageBoxInfo> boxes;
-    for (const auto& box : answerer.Seen())
-        if (box.title != L"Save As" && box.title != L"Confirm Save As")
+    for (const auto& box : answerer.Seen()) {
+        const bool saveDialog = box.title == L"Save As" || (box.title.empty() && box.text.empty());
+        const bool overwriteQuestion = box.text.find(L"already exists") != std::wstring::npos;
+        if (!saveDialog && !overwriteQuestion)
             boxes.push_back(box);
+    }
     return boxes;
 }
 
