@@ -101,6 +101,11 @@ std::wstring LocalTimeText(const FILETIME& utc)
     FILETIME local;
     if (!::FileTimeToLocalFileTime(&utc, &local))
         ThrowLastError(L"FileTimeToLocalFileTime (&ft, &ftLocal)");
+    return LocalFileTimeText(local);
+}
+
+std::wstring LocalFileTimeText(const FILETIME& local)
+{
     return FieldsText(FileTimeFields(local), L"%02u:%02u:%04u - %02u:%02u:%02u:%03u");
 }
 

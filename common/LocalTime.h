@@ -32,6 +32,8 @@ DATE NowLocalDate();
 
 // The display text of a UTC file time shown in local time.
 std::wstring LocalTimeText(const FILETIME& utc);
+// The display text of a file time already in local time.
+std::wstring LocalFileTimeText(const FILETIME& local);
 // The export text of a UTC file time: "%02u:%02u:%04u %02u:%02u:%02u:%03u",
 // in UTC.
 std::wstring UtcExportText(const FILETIME& utc);

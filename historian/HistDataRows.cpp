@@ -1,6 +1,7 @@
 #include "historian/HistDataRows.h"
 
 #include "common/LocalTime.h"
+#include "common/LocalTimeTexts.h"
 #include "common/Util_Variant.h"
 
 namespace CL {
@@ -14,13 +15,14 @@ void CHistDataRows::Assign(const CHistorianValues& values)
 {
     m_rows.clear();
     m_rows.reserve(values.Size());
+    CLocalTimeTexts localTimes;
     for (size_t i = 0; i < values.Size(); ++i) {
         const VARTYPE vt = values.values[i].vt;
         auto type = m_typeNames.find(vt);
         if (type == m_typeNames.end())
             type = m_typeNames.emplace(vt, VarTypeToString(vt)).first;
         const bool good = (values.qualities[i] & 0xC0) == 0xC0;
-        std::wstring time = LocalTimeText(values.times[i]);
+        std::wstring time = localTimes.Text(values.times[i]);
         const uint64_t timeKey = DigitKey(time);
         m_rows.push_back({VariantToString(values.values[i], kLocaleSystemDefault, kArraySeparator), std::move(time),
                           &type->second, good ? &m_good : &m_notGood, timeKey});

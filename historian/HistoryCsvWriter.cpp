@@ -2,6 +2,7 @@
 
 #include "common/Csv.h"
 #include "common/LocalTime.h"
+#include "common/LocalTimeTexts.h"
 #include "common/Text.h"
 #include "common/Util_Variant.h"
 
@@ -51,7 +52,7 @@ void CHistoryCsvWriter::AppendRecord(std::wstring& text, const std::wstring& ite
     const WORD quality = values.qualities[i];
     text += itemField;
     text += L',';
-    text += LocalTimeText(values.times[i]);
+    text += m_localTimes.Text(values.times[i]);
     text += L',';
     text += UtcIsoText(values.times[i]);
     text += L',';

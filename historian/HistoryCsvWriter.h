@@ -14,6 +14,7 @@
 #include <map>
 #include <string>
 
+#include "common/LocalTimeTexts.h"
 #include "common/ReplacingFile.h"
 #include "common/historian/HistorianValues.h"
 
@@ -38,6 +39,7 @@ private:
 
     CReplacingFile& m_file;
     std::map<VARTYPE, std::wstring> m_typeNames;
+    CLocalTimeTexts m_localTimes;
 };
 
 } // namespace CL

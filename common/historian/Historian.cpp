@@ -135,17 +135,8 @@ HRESULT CHistorian::ReadRange(const std::wstring& itemId, bool hasFrom, double f
                               const ReadProgress& progress)
 {
     out.Clear();
-    try {
-        const std::unique_ptr<IDbConnection> connection = OpenConnection();
-        if (!ReadRows(*connection, itemId, hasFrom, from, hasTo, to, maxCount, out, progress))
-            return kMoreData;
-    } catch (const CWorkCancelled&) {
-        throw;
-    } catch (...) {
-        LogCaughtException(1, kReadFailureMarker);
-        if (LogEnabled(1))
-            Log(1, kFailedToReadDb);
-    }
+    if (!ReadStored(itemId, hasFrom, from, hasTo, to, maxCount, out, progress, false))
+        return kMoreData;
     if (includeMemoryRun) {
         CCriticalSection::Lock guard(m_lock);
         const auto found = m_items.find(itemId);
@@ -159,19 +150,27 @@ HRESULT CHistorian::ReadRangeChecked(const std::wstring& itemId, bool hasFrom, d
                                      DWORD maxCount, CHistorianValues& out, const ReadProgress& progress)
 {
     out.Clear();
+    if (!ReadStored(itemId, hasFrom, from, hasTo, to, maxCount, out, progress, true))
+        return kMoreData;
+    return out.Size() > 0 ? S_OK : kNoData;
+}
+
+bool CHistorian::ReadStored(const std::wstring& itemId, bool hasFrom, double from, bool hasTo, double to,
+                            DWORD maxCount, CHistorianValues& out, const ReadProgress& progress, bool passOn) const
+{
     try {
         const std::unique_ptr<IDbConnection> connection = OpenConnection();
-        if (!ReadRows(*connection, itemId, hasFrom, from, hasTo, to, maxCount, out, progress))
-            return kMoreData;
+        return ReadRows(*connection, itemId, hasFrom, from, hasTo, to, maxCount, out, progress);
     } catch (const CWorkCancelled&) {
         throw;
     } catch (...) {
         LogCaughtException(1, kReadFailureMarker);
         if (LogEnabled(1))
             Log(1, kFailedToReadDb);
-        throw;
+        if (passOn)
+            throw;
     }
-    return out.Size() > 0 ? S_OK : kNoData;
+    return true;
 }
 
 bool CHistorian::ReadRows(IDbConnection& connection, const std::wstring& itemId, bool hasFrom, double from,

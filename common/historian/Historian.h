@@ -106,6 +106,11 @@ private:
 
     std::unique_ptr<IDbConnection> OpenConnection() const;
     void Execute(IDbConnection& connection, const std::wstring& sql) const;
+    // The stored runs of a range read; a failure of the whole read is
+    // logged ("Failed to read DB") and then passed on when passOn is set.
+    // False when the maximum stopped the read.
+    bool ReadStored(const std::wstring& itemId, bool hasFrom, double from, bool hasTo, double to, DWORD maxCount,
+                    CHistorianValues& out, const ReadProgress& progress, bool passOn) const;
     bool ReadRows(IDbConnection& connection, const std::wstring& itemId, bool hasFrom, double from, bool hasTo,
                   double to, DWORD maxCount, CHistorianValues& out, const ReadProgress& progress) const;
     void SaveCachesLocked();

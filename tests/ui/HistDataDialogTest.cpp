@@ -33,14 +33,6 @@ std::vector<DATE> Seconds(int n)
     return times;
 }
 
-CL::CVariant UI1(BYTE value)
-{
-    CL::CVariant v;
-    v.vt = VT_UI1;
-    v.bVal = value;
-    return v;
-}
-
 // The hand-written expected files (tests/data/histwin), through Wine's Z: drive.
 std::wstring ExpectedFile(const wchar_t* name)
 {
@@ -351,28 +343,7 @@ TEST_P(HistDataDialog, TheListFollowsTheWindowWhenResized)
 
 TEST_P(HistDataDialog, SaveDataWritesTheExportThroughTheSaveDialog)
 {
-    const DATE t = Date(2023, 3, 15, 10, 0, 0);
-    const std::wstring longText = [] {
-        std::wstring s;
-        while (s.size() < 2100)
-            s += L"0123456789";
-        return s;
-    }();
-    std::vector<CL::CHistoricValue> values = {
-        {t, 192, CL::CVariant::I4(42)},
-        {t + 1 * kSecond + 7 * kMs, 192, CL::CVariant::R8(1.5)},
-        {t + 2 * kSecond + 14 * kMs, 64, CL::CVariant::Bool(true)},
-        {t + 3 * kSecond + 21 * kMs, 0, UI1(255)},
-        {t + 4 * kSecond + 28 * kMs, 216, CL::CVariant::I8(-9000000000LL)},
-        {t + 5 * kSecond + 35 * kMs, 192, CL::CVariant::R4(-0.25f)},
-        {t + 6 * kSecond + 42 * kMs, 192, CL::CVariant(L"")},
-        {t + 7 * kSecond + 49 * kMs, 192, CL::CVariant(L"Gr\u00FC\u00DFe, \u6E29\u5EA6 <&> \"quoted\"")},
-        {t + 8 * kSecond + 56 * kMs, 192, CL::CVariant(L"line one\r\nline two")},
-        {t + 9 * kSecond + 63 * kMs, 192, ValueTest::MakeArray<SHORT>(VT_I2, {1, -2, 3})},
-        {t + 10 * kSecond + 70 * kMs, 192, ValueTest::MakeArray<double>(VT_R8, {})},
-        {t + 11 * kSecond + 77 * kMs, 65535, ValueTest::MakeStringArray({L"a", L"b c"})},
-        {t + 12 * kSecond + 84 * kMs, 192, CL::CVariant(longText)},
-    };
+    const std::vector<CL::CHistoricValue> values = MixedValues();
     const std::wstring itemId = L"Anlage.Beh\u00E4lter-1.Temp <A&B>";
     WriteValues(itemId, values);
     test::TempDir folder;
