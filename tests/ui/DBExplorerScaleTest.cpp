@@ -60,6 +60,31 @@ std::wstring ExpectedItemsCsv()
                       std::labs(minutes % 60));
 }
 
+// The elements a path selects below a node.
+std::vector<CL::XmlElement> Elements(IXMLDOMNode* node, const wchar_t* path)
+{
+    std::vector<CL::XmlElement> elements;
+    CL::ComPtr<IXMLDOMNodeList> nodes;
+    node->selectNodes(CL::CBstr(path).Get(), nodes.ReleaseAndGetAddressOf());
+    long count = 0;
+    nodes->get_length(&count);
+    for (long i = 0; i < count; ++i) {
+        CL::XmlNode found;
+        nodes->get_item(i, found.ReleaseAndGetAddressOf());
+        CL::XmlElement element;
+        found.QueryInterface(__uuidof(IXMLDOMElement), element);
+        elements.push_back(element);
+    }
+    return elements;
+}
+
+std::wstring Attribute(IXMLDOMElement* element, const wchar_t* name)
+{
+    CL::CVariant value;
+    element->getAttribute(CL::CBstr(name).Get(), &value);
+    return value.vt == VT_BSTR ? value.bstrVal : L"";
+}
+
 // The XML export read back: per Item its ID and its values as
 // "<Time>|<Quality>|<text>".
 std::vector<std::pair<std::wstring, std::vector<std::wstring>>> ReadExport(const std::wstring& path)
@@ -69,37 +94,16 @@ std::vector<std::pair<std::wstring, std::vector<std::wstring>>> ReadExport(const
     VARIANT_BOOL loaded = VARIANT_FALSE;
     document->load(CL::CVariant(path), &loaded);
     EXPECT_EQ(loaded, VARIANT_TRUE);
-    CL::ComPtr<IXMLDOMNodeList> itemNodes;
-    document->selectNodes(CL::CBstr(L"/HistorianData/Item").Get(), itemNodes.ReleaseAndGetAddressOf());
-    long itemCount = 0;
-    itemNodes->get_length(&itemCount);
-    for (long i = 0; i < itemCount; ++i) {
-        CL::XmlNode node;
-        itemNodes->get_item(i, node.ReleaseAndGetAddressOf());
-        CL::XmlElement item;
-        node.QueryInterface(__uuidof(IXMLDOMElement), item);
-        CL::CVariant id;
-        item->getAttribute(CL::CBstr(L"OPCItemID").Get(), &id);
+    for (const CL::XmlElement& item : Elements(document.Get(), L"/HistorianData/Item")) {
         std::vector<std::wstring> values;
-        CL::ComPtr<IXMLDOMNodeList> valueNodes;
-        item->selectNodes(CL::CBstr(L"Value").Get(), valueNodes.ReleaseAndGetAddressOf());
-        long valueCount = 0;
-        valueNodes->get_length(&valueCount);
-        for (long v = 0; v < valueCount; ++v) {
-            CL::XmlNode valueNode;
-            valueNodes->get_item(v, valueNode.ReleaseAndGetAddressOf());
-            CL::XmlElement value;
-            valueNode.QueryInterface(__uuidof(IXMLDOMElement), value);
-            CL::CVariant time;
-            CL::CVariant quality;
-            value->getAttribute(CL::CBstr(L"Time").Get(), &time);
-            value->getAttribute(CL::CBstr(L"Quality").Get(), &quality);
+        for (const CL::XmlElement& value : Elements(item.Get(), L"Value")) {
             BSTR text = nullptr;
             value->get_text(&text);
-            values.push_back(std::wstring(time.bstrVal) + L"|" + quality.bstrVal + L"|" + (text ? text : L""));
+            values.push_back(Attribute(value.Get(), L"Time") + L"|" + Attribute(value.Get(), L"Quality") + L"|" +
+                             (text ? text : L""));
             ::SysFreeString(text);
         }
-        items.emplace_back(id.bstrVal, values);
+        items.emplace_back(Attribute(item.Get(), L"OPCItemID"), values);
     }
     return items;
 }

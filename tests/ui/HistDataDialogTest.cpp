@@ -350,10 +350,7 @@ TEST_P(HistDataDialog, SaveDataWritesTheExportThroughTheSaveDialog)
     const std::wstring path = folder.File(L"export.xml");
     HistDataWindow window(m_historian, itemId);
     ASSERT_TRUE(window.Open());
-    if (Checked(window.Hwnd(), IDC_TIMEPERIOD_CHK_FROM))
-        window.Click(IDC_TIMEPERIOD_CHK_FROM);
-    if (Checked(window.Hwnd(), IDC_TIMEPERIOD_CHK_TO))
-        window.Click(IDC_TIMEPERIOD_CHK_TO);
+    window.UncheckBounds();
     test::FileDialogAnswer answer(path);
     window.Click(IDC_HISTDATA_OPEN_FILE);
     ASSERT_TRUE(answer.Answered());

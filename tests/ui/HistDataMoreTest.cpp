@@ -131,10 +131,7 @@ TEST_P(HistDataCsv, SaveDataAsCsvWritesTheHandWrittenFileOfTheZoneByteForByte)
     HistDataWindow window(m_historian, L"Anlage.Beh\u00E4lter-1.Temp <A&B>");
     ASSERT_TRUE(window.Open());
     window.SetMax(0);
-    if (Checked(window.Hwnd(), IDC_TIMEPERIOD_CHK_FROM))
-        window.Click(IDC_TIMEPERIOD_CHK_FROM);
-    if (Checked(window.Hwnd(), IDC_TIMEPERIOD_CHK_TO))
-        window.Click(IDC_TIMEPERIOD_CHK_TO);
+    window.UncheckBounds();
     test::FileDialogAnswer answer(path);
     window.Click(IDC_HISTDATA_OPEN_FILE);
     ASSERT_TRUE(answer.Answered());
@@ -226,8 +223,7 @@ TEST_P(HistDataProgress, CancelledSaveLeavesNoFileAndTheTargetAsItWas)
     HistDataWindow window(m_historian, L"t");
     ASSERT_TRUE(window.Open());
     window.SetMax(0);
-    window.Click(IDC_TIMEPERIOD_CHK_FROM);
-    window.Click(IDC_TIMEPERIOD_CHK_TO);
+    window.UncheckBounds();
     ProgressAtOnce atOnce;
     CL::CWorkProgress::SetStepObserver([&] { ::PostMessageW(window.List(), WM_KEYDOWN, VK_ESCAPE, 0); });
     test::MessageBoxAnswerer answerer(SaveAsAnswer(path));

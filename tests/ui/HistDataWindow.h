@@ -30,12 +30,17 @@ public:
     HWND List() const { return Item(IDC_HISTDATA_LIST); }
     void Click(int id) const { ::SendMessageW(Item(id), BM_CLICK, 0, 0); }
     void SetMax(unsigned n) const { ::SetDlgItemInt(m_hwnd, IDC_HISTDATA_MAX_COUNT, n, FALSE); }
-    void ShowAll() const
+    // Both bounds switched off: every value of the item.
+    void UncheckBounds() const
     {
         if (Checked(m_hwnd, IDC_TIMEPERIOD_CHK_FROM))
             Click(IDC_TIMEPERIOD_CHK_FROM);
         if (Checked(m_hwnd, IDC_TIMEPERIOD_CHK_TO))
             Click(IDC_TIMEPERIOD_CHK_TO);
+    }
+    void ShowAll() const
+    {
+        UncheckBounds();
         Click(IDC_HISTDATA_BTN_REFRESH);
     }
     std::wstring Status() const { return test::DialogItemText(m_hwnd, IDC_HISTDATA_STATUS); }
