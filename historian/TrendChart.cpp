@@ -15,6 +15,7 @@
 #include "common/Exception.h"
 #include "common/Handle.h"
 #include "common/Text.h"
+#include "common/ui/Clipboard.h"
 #include "common/ui/FileDialog.h"
 #include "common/ui/WaitCursor.h"
 #include "res/resource.h"
@@ -110,19 +111,6 @@ public:
 private:
     HWND m_hwnd;
     HDC m_dc;
-};
-
-// The clipboard, open while the object lives.
-class CClipboard {
-public:
-    explicit CClipboard(HWND owner)
-    {
-        if (!::OpenClipboard(owner))
-            ThrowLastError(L"OpenClipboard (m_hWnd)");
-    }
-    ~CClipboard() { ::CloseClipboard(); }
-    CClipboard(const CClipboard&) = delete;
-    CClipboard& operator=(const CClipboard&) = delete;
 };
 
 } // namespace

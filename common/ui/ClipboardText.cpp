@@ -4,24 +4,12 @@
 
 #include "common/Csv.h"
 #include "common/Exception.h"
+#include "common/ui/Clipboard.h"
 #include "common/ui/ReportList.h"
 
 namespace CL {
 
 namespace {
-
-// The clipboard, open while the object lives.
-class COpenClipboard {
-public:
-    explicit COpenClipboard(HWND owner)
-    {
-        if (!::OpenClipboard(owner))
-            ThrowLastError(L"OpenClipboard (m_hWnd)");
-    }
-    ~COpenClipboard() { ::CloseClipboard(); }
-    COpenClipboard(const COpenClipboard&) = delete;
-    COpenClipboard& operator=(const COpenClipboard&) = delete;
-};
 
 // Global memory for the clipboard, freed unless the clipboard took it.
 class CGlobalText {
@@ -54,7 +42,7 @@ private:
 void SetClipboardText(HWND owner, const std::wstring& text)
 {
     CGlobalText memory(text);
-    COpenClipboard clipboard(owner);
+    CClipboard clipboard(owner);
     if (!::EmptyClipboard())
         ThrowLastError(L"EmptyClipboard ()");
     if (!::SetClipboardData(CF_UNICODETEXT, memory.Get()))
@@ -64,7 +52,7 @@ void SetClipboardText(HWND owner, const std::wstring& text)
 
 std::wstring GetClipboardText(HWND owner)
 {
-    COpenClipboard clipboard(owner);
+    CClipboard clipboard(owner);
     const HANDLE data = ::GetClipboardData(CF_UNICODETEXT);
     if (!data)
         return {};
