@@ -291,7 +291,15 @@ void CdlgDBExplorer::OnSelectAll()
 
 bool CdlgDBExplorer::PreTranslateMessage(MSG& msg)
 {
-    if (!IsWindow() || msg.message != WM_KEYDOWN || (msg.hwnd != Hwnd() && !::IsChild(Hwnd(), msg.hwnd)))
+    if (!IsWindow() || (msg.hwnd != Hwnd() && !::IsChild(Hwnd(), msg.hwnd)))
+        return false;
+    // Alt+L: the mnemonic of "Filter:" (the frame is no dialog that would
+    // see it).
+    if (msg.message == WM_SYSKEYDOWN && msg.wParam == 'L') {
+        OnFind();
+        return true;
+    }
+    if (msg.message != WM_KEYDOWN)
         return false;
     const bool control = ::GetKeyState(VK_CONTROL) < 0;
     if (control && msg.wParam == 'F') {

@@ -47,8 +47,8 @@ public:
     CDBExplorerFilterBar& FilterBar() { return m_filterBar; }
 
     // The window's keys before they are dispatched (the program's message
-    // loop calls it): Ctrl+F, Ctrl+C, Ctrl+A and the filter box's Enter,
-    // Down, Esc and Tab. Returns true when the message was used.
+    // loop calls it): Ctrl+F and Alt+L to the filter box, and the filter
+    // box's Enter, Down, Esc and Tab. Returns true when the message was used.
     bool PreTranslateMessage(MSG& msg);
 
 protected:

@@ -163,7 +163,7 @@ TEST_P(DBExplorerFilter, DeleteAndSelectAllWorkOnTheRowsShown)
     EXPECT_EQ(Status(), L"0 of 1 archived item(s)");
 }
 
-TEST_P(DBExplorerFilter, CtrlFMovesToTheFilterBoxAndEnterBackToTheList)
+TEST_P(DBExplorerFilter, CtrlFAndAltLMoveToTheFilterBoxAndEnterBackToTheList)
 {
     WriteRun(L"a", {Date(2023, 3, 15, 10, 0, 0)});
     Open();
@@ -186,6 +186,11 @@ TEST_P(DBExplorerFilter, CtrlFMovesToTheFilterBoxAndEnterBackToTheList)
     EXPECT_TRUE(Ids().empty());
     EXPECT_TRUE(PreTranslateKey(FilterEdit(), VK_ESCAPE));
     EXPECT_EQ(Ids(), (std::vector<std::wstring>{L"a"}));
+    // Alt+L, the mnemonic of "Filter:", from the list.
+    ::SetFocus(List());
+    MSG alt = {List(), WM_SYSKEYDOWN, 'L', 0x20000000, 0, {0, 0}};
+    EXPECT_TRUE(m_explorer.PreTranslateMessage(alt));
+    EXPECT_EQ(::GetFocus(), FilterEdit());
 }
 
 TEST_P(DBExplorerFilter, TheFilterBoxSitsAboveTheListAndStretchesWithTheWindow)
