@@ -101,3 +101,21 @@ TEST(Csv, QuoteNeverClosedIsMalformedAndEndsTheText)
     EXPECT_NE(rows[1].error.find(L"never closed"), std::wstring::npos);
     EXPECT_EQ(rows[1].line, 2u);
 }
+
+TEST(CsvSeparator, TheHeaderLineDecidesBetweenCommaSemicolonAndTab)
+{
+    EXPECT_EQ(CL::DetectCsvSeparator(L"Path,Data type,Value\r\nA;B;C;D;E\r\n"), L',');
+    EXPECT_EQ(CL::DetectCsvSeparator(L"Path;Data type;Value\r\nA,1\r\n"), L';');
+    EXPECT_EQ(CL::DetectCsvSeparator(L"Path\tData type\tValue\r\n"), L'\t');
+    EXPECT_EQ(CL::DetectCsvSeparator(L"\"A;B;C\",Path\r\n"), L',') << "separators inside quotes do not count";
+    EXPECT_EQ(CL::DetectCsvSeparator(L"Path\r\n"), L',');
+    EXPECT_EQ(CL::DetectCsvSeparator(L""), L',');
+}
+
+TEST(CsvSeparator, TheReaderSplitsAtTheSeparatorItIsGiven)
+{
+    CL::CCsvReader reader(L"a;\"b;c\";1,5\r\n", L';');
+    CL::CsvRow row;
+    ASSERT_TRUE(reader.Next(row));
+    EXPECT_EQ(row.fields, (std::vector<std::wstring>{L"a", L"b;c", L"1,5"}));
+}
