@@ -6,8 +6,18 @@
 
 #include <algorithm>
 
+#include "addressspace/AddBranchCommand.h"
+#include "addressspace/AddItemCommand.h"
 #include "addressspace/AddressSpaceCopy.h"
 #include "addressspace/AddressSpaceCsv.h"
+#include "addressspace/BranchTree.h"
+#include "addressspace/DeleteBranchCommand.h"
+#include "addressspace/DeleteItemsCommand.h"
+#include "addressspace/EditMenu.h"
+#include "addressspace/dlgFind.h"
+#include "addressspace/ItemPropertiesCommand.h"
+#include "addressspace/RenameBranchCommand.h"
+#include "addressspace/ReplaceModelCommand.h"
 #include "addressspace/ItemId.h"
 #include "addressspace/NoCaseLess.h"
 #include "addressspace/dlgAddBranch.h"
@@ -58,13 +68,6 @@ std::wstring FolderOf(const std::wstring& path)
 {
     const size_t slash = path.find_last_of(L"\\/");
     return slash == std::wstring::npos ? std::wstring() : path.substr(0, slash);
-}
-
-int CALLBACK CompareBranchNodes(LPARAM a, LPARAM b, LPARAM /*unused*/)
-{
-    const auto* left = reinterpret_cast<const COPCServerAddressSpaceBranch*>(a);
-    const auto* right = reinterpret_cast<const COPCServerAddressSpaceBranch*>(b);
-    return _wcsicmp(left->Name().c_str(), right->Name().c_str());
 }
 
 const std::vector<CL::ToolButton>& ToolButtons()
@@ -269,6 +272,14 @@ void CMainFrame::OnCommand(WORD id)
     case ID_AS_FILE_RELOAD: OnFileReload(); break;
     case ID_AS_FILE_EXPORT_CSV: OnFileExportCsv(); break;
     case ID_AS_FILE_IMPORT_CSV: OnFileImportCsv(); break;
+    case ID_AS_EDIT_UNDO: OnEditUndo(); break;
+    case ID_AS_EDIT_REDO: OnEditRedo(); break;
+    case ID_AS_EDIT_CUT: OnEditCut(); break;
+    case ID_AS_EDIT_COPY: OnEditCopy(); break;
+    case ID_AS_EDIT_PASTE: OnEditPaste(); break;
+    case ID_AS_EDIT_FIND: OnEditFind(); break;
+    case ID_AS_EDIT_FIND_NEXT: OnEditFindNext(true); break;
+    case ID_AS_EDIT_FIND_PREVIOUS: OnEditFindNext(false); break;
     case ID_AS_EDIT_NEW_BRANCH: OnEditNewBranch(); break;
     case ID_AS_EDIT_NEW_ITEM: OnEditNewItem(); break;
     case ID_AS_EDIT_DELETE: OnEditDelete(); break;
@@ -355,6 +366,10 @@ void CMainFrame::OnInitMenuPopup(HMENU menu)
     enable(ID_AS_EDIT_DELETE, canEdit);
     enable(ID_AS_EDIT_PROPERTIES, canEdit);
     enable(ID_AS_EDIT_HISTORY, hasItem);
+    enable(ID_AS_EDIT_CUT, canEdit);
+    enable(ID_AS_EDIT_COPY, canEdit);
+    enable(ID_AS_EDIT_PASTE, ::IsClipboardFormatAvailable(CF_UNICODETEXT) != FALSE);
+    CEditMenu::Update(menu, m_document.History());
 }
 
 void CMainFrame::OnSysColorChange()
@@ -372,14 +387,7 @@ void CMainFrame::OnSysColorChange()
 
 COPCServerAddressSpaceBranch* CMainFrame::NodeBranch(HWND tree, HTREEITEM node)
 {
-    if (!node)
-        return nullptr;
-    TVITEMW item = {};
-    item.mask = TVIF_PARAM | TVIF_HANDLE;
-    item.hItem = node;
-    if (!TreeView_GetItem(tree, &item))
-        return nullptr;
-    return reinterpret_cast<COPCServerAddressSpaceBranch*>(item.lParam);
+    return CBranchTree::BranchOf(tree, node);
 }
 
 HTREEITEM CMainFrame::SelectedNode() const
@@ -413,39 +421,7 @@ HTREEITEM CMainFrame::TargetNode() const
 
 std::wstring CMainFrame::BranchLabel(const COPCServerAddressSpaceBranch& branch) const
 {
-    if (branch.Parent() == nullptr && branch.Name().empty())
-        return kRootText;
-    return branch.Name();
-}
-
-HTREEITEM CMainFrame::InsertNode(HTREEITEM parentNode, const BranchPtr& branch)
-{
-    std::wstring text = BranchLabel(*branch);
-    TVINSERTSTRUCTW insert = {};
-    insert.hParent = parentNode ? parentNode : TVI_ROOT;
-    insert.hInsertAfter = TVI_LAST;
-    insert.item.mask = TVIF_TEXT | TVIF_PARAM;
-    insert.item.pszText = text.data();
-    insert.item.lParam = reinterpret_cast<LPARAM>(branch.get());
-    const HTREEITEM node = TreeView_InsertItem(m_tree, &insert);
-    if (!node)
-        throw CL::CException(E_FAIL, L"TreeView_InsertItem");
-    branch->AddRef();   // released on TVN_DELETEITEM
-    return node;
-}
-
-void CMainFrame::InsertSubtree(HTREEITEM parentNode, const COPCServerAddressSpaceBranch& branch)
-{
-    for (const BranchPtr& child : branch.Branches())
-        InsertSubtree(InsertNode(parentNode, child), *child);
-}
-
-void CMainFrame::SortChildren(HTREEITEM parentNode)
-{
-    TVSORTCB sort = {};
-    sort.hParent = parentNode;
-    sort.lpfnCompare = &CompareBranchNodes;
-    TreeView_SortChildrenCB(m_tree, &sort, FALSE);
+    return CBranchTree::Label(branch);
 }
 
 void CMainFrame::ClearViews()
@@ -469,8 +445,8 @@ void CMainFrame::FillViews()
     m_clearing = true;
     HTREEITEM rootNode = nullptr;
     try {
-        rootNode = InsertNode(nullptr, root);
-        InsertSubtree(rootNode, *root);
+        rootNode = CBranchTree::Insert(m_tree, nullptr, root);
+        CBranchTree::InsertSubtree(m_tree, rootNode, *root);
     } catch (...) {
         m_clearing = false;
         ::SendMessageW(m_tree, WM_SETREDRAW, TRUE, 0);
@@ -694,14 +670,10 @@ void CMainFrame::OnFileImportCsv()
         ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
         if (!::GetOpenFileNameW(&ofn))
             return;
-        // Columns the file lacks take what the item dialog offers a new item.
-        const CdlgAddItem fresh;
-        const CL::CsvItemDefaults defaults = {fresh.dataType, fresh.readable, fresh.writable, fresh.archive,
-                                              fresh.scanRate};
         CL::CsvImportPlan plan;
         {
             CL::CWaitCursor wait;
-            plan = CL::ReadAddressSpaceCsv(CL::ReadWholeFile(m_csvPath), defaults);
+            plan = CL::ReadAddressSpaceCsv(CL::ReadWholeFile(m_csvPath), NewItemDefaults());
         }
         CdlgCsvImport report(plan, m_csvPath + ofn.nFileOffset);
         if (report.DoModal(Hwnd()) != IDOK)
@@ -710,11 +682,19 @@ void CMainFrame::OnFileImportCsv()
         CL::CWaitCursor wait;
         auto model = CL::CopyAddressSpace(*m_document.Model());
         const CL::CsvImportResult result = CL::ApplyCsvImport(plan, *model, report.updateExisting);
-        ReplaceModel(std::move(model));
+        ShowEdit(m_document.Execute(std::make_unique<CReplaceModelCommand>(m_document, std::move(model),
+                                                                          L"Import CSV")));
         m_bars.SetStatusText(CL::Format(L"CSV import: %zu item(s) added, %zu updated, %zu left as they were, "
                                         L"%zu branch(es) created. Save sends the address space to the server.",
                                         result.added, result.updated, result.leftAlone, result.branchesCreated));
     });
+}
+
+// Columns the text lacks take what the item dialog offers a new item.
+CL::CsvItemDefaults CMainFrame::NewItemDefaults()
+{
+    const CdlgAddItem fresh;
+    return {fresh.dataType, fresh.readable, fresh.writable, fresh.archive, fresh.scanRate};
 }
 
 void CMainFrame::OnFileReload()
@@ -732,6 +712,104 @@ void CMainFrame::OnFileReload()
 }
 
 // ---- Edit commands ----------------------------------------------------------
+
+void CMainFrame::OnEditUndo()
+{
+    Log(3, "CMainFrame::OnEditUndo" + MV_POS());
+    CL::RunReported([this] {
+        CL::CWaitCursor wait;
+        if (const CEditCommand* undone = m_document.Undo())
+            ShowEdit(*undone);
+        else
+            ::MessageBeep(MB_OK);
+    });
+}
+
+void CMainFrame::OnEditRedo()
+{
+    Log(3, "CMainFrame::OnEditRedo" + MV_POS());
+    CL::RunReported([this] {
+        CL::CWaitCursor wait;
+        if (const CEditCommand* redone = m_document.Redo())
+            ShowEdit(*redone);
+        else
+            ::MessageBeep(MB_OK);
+    });
+}
+
+void CMainFrame::OnEditFind()
+{
+    Log(3, "CMainFrame::OnEditFind" + MV_POS());
+    CL::RunReported([this] {
+        std::unique_ptr<CAddressSpaceSearch> search;
+        {
+            CL::CWaitCursor wait;
+            search = std::make_unique<CAddressSpaceSearch>(*m_document.Model());
+        }
+        CdlgFind dialog(*search);
+        dialog.query = m_find.Query();
+        if (dialog.DoModal(Hwnd()) != IDOK)
+            return;
+        const CAddressSpaceSearch::Entry& entry = search->At(dialog.matches.at(dialog.chosen));
+        ShowMatch(entry);
+        m_find.Set(dialog.query, entry);
+    });
+}
+
+void CMainFrame::OnEditFindNext(bool forward)
+{
+    Log(3, "CMainFrame::OnEditFindNext" + MV_POS());
+    if (!m_find.HasQuery()) {
+        OnEditFind();
+        return;
+    }
+    CL::RunReported([this, forward] {
+        CL::CWaitCursor wait;
+        if (const auto entry = m_find.Step(*m_document.Model(), forward))
+            ShowMatch(*entry);
+        else
+            ::MessageBeep(MB_OK);
+    });
+}
+
+void CMainFrame::ShowMatch(const CAddressSpaceSearch::Entry& entry)
+{
+    const HTREEITEM node = CBranchTree::NodeOf(m_tree, entry.branch.get());
+    if (!node)
+        throw CL::CException(E_POINTER, L"CMainFrame::ShowMatch");
+    TreeView_EnsureVisible(m_tree, node);
+    if (TreeView_GetSelection(m_tree) != node)
+        TreeView_SelectItem(m_tree, node);   // the selection change fills the list
+    if (!entry.item) {
+        ::SetFocus(m_tree);
+        return;
+    }
+    for (size_t row = 0; row < m_rows.RowCount(); ++row) {
+        if (m_rows.ItemAt(row).get() == entry.item.get()) {
+            m_list.Select(row, true);
+            break;
+        }
+    }
+    ::SetFocus(m_list);
+}
+
+void CMainFrame::ShowEdit(const CEditCommand& command)
+{
+    if (CBranchTree::BranchOf(m_tree, RootNode()) != m_document.Model()->RootBranch().get()) {
+        ClearViews();   // another model: every node goes
+        FillViews();
+    } else {
+        CBranchTree::Sync(m_tree, RootNode(), *m_document.Model()->RootBranch());
+    }
+    HTREEITEM node = CBranchTree::NodeOf(m_tree, command.TouchedBranch());
+    if (!node)
+        node = RootNode();
+    TreeView_EnsureVisible(m_tree, node);
+    if (TreeView_GetSelection(m_tree) != node)
+        TreeView_SelectItem(m_tree, node);   // the selection change fills the list
+    else
+        FillList(CBranchTree::BranchOf(m_tree, node));
+}
 
 void CMainFrame::OnEditNewBranch()
 {
@@ -755,13 +833,12 @@ void CMainFrame::OnEditNewBranch()
                 continue;
             }
             BranchPtr branch = BranchPtr::Make(dialog.name);
-            parent.AddBranch(branch);
+            m_document.Execute(std::make_unique<CAddBranchCommand>(BranchPtr(&parent), branch));
             if (parentNode) {
-                InsertNode(parentNode, branch);
-                SortChildren(parentNode);
+                CBranchTree::Insert(m_tree, parentNode, branch);
+                CBranchTree::SortChildren(m_tree, parentNode);
                 TreeView_Expand(m_tree, parentNode, TVE_EXPAND);
             }
-            m_document.SetDirty();
             if (result == IDOK)
                 return;
             name.clear();
@@ -791,12 +868,11 @@ void CMainFrame::OnEditNewItem()
                 item->Rename(dialog.name.c_str());
                 item->SetValue(dialog.value);
                 item->SetValueTime(Now());
-                branch.AddItem(item);
+                m_document.Execute(std::make_unique<CAddItemCommand>(BranchPtr(&branch), item));
                 if (&branch == m_listBranch.get()) {
                     m_rows.Append(item);
                     m_list.AppendRow(m_rows.RowCount() - 1);
                 }
-                m_document.SetDirty();
             }
             // Unlike a branch, an item refused after "Save" is dropped: only
             // "Save and Create New" asks again.
@@ -825,9 +901,8 @@ void CMainFrame::DeleteSelectedBranch()
         ::MessageBeep(MB_OK);   // the root stays
         return;
     }
-    branch->Parent()->RemoveBranch(branch->Name());
+    m_document.Execute(std::make_unique<CDeleteBranchCommand>(BranchPtr(branch)));
     TreeView_DeleteItem(m_tree, node);
-    m_document.SetDirty();
 }
 
 void CMainFrame::DeleteSelectedItems()
@@ -835,11 +910,13 @@ void CMainFrame::DeleteSelectedItems()
     const std::vector<size_t> rows = m_list.SelectedRows();
     if (rows.empty() || !m_listBranch)
         return;
+    std::vector<ItemPtr> items;
+    items.reserve(rows.size());
     for (size_t row : rows)
-        m_listBranch->RemoveItem(m_rows.ItemAt(row)->Name());
+        items.push_back(m_rows.ItemAt(row));
+    m_document.Execute(std::make_unique<CDeleteItemsCommand>(m_listBranch, std::move(items)));
     m_rows.Remove(rows);
     m_list.RemoveRows(rows);
-    m_document.SetDirty();
 }
 
 void CMainFrame::OnEditHistory()
@@ -896,17 +973,10 @@ void CMainFrame::BranchProperties()
             name = dialog.name;
             continue;
         }
-        const std::wstring before = branch->Name();
-        branch->Rename(dialog.name.c_str());
-        if (branch->Name() != before) {
-            std::wstring text = branch->Name();
-            TVITEMW item = {};
-            item.mask = TVIF_TEXT | TVIF_HANDLE;
-            item.hItem = node;
-            item.pszText = text.data();
-            TreeView_SetItem(m_tree, &item);
-            SortChildren(TreeView_GetParent(m_tree, node));
-            m_document.SetDirty();
+        // A change of letter case only changes nothing.
+        if (!EqualNoCase(dialog.name, branch->Name())) {
+            m_document.Execute(std::make_unique<CRenameBranchCommand>(BranchPtr(branch), dialog.name));
+            CBranchTree::Sync(m_tree, TreeView_GetParent(m_tree, node), parent);
         }
         return;
     }
@@ -940,15 +1010,17 @@ void CMainFrame::FillItemDialog(CdlgAddItem& dialog, const COPCItem& item) const
     dialog.archive = item.Archive();
 }
 
-void CMainFrame::ApplyItemFields(COPCItem& item, const CdlgAddItem& dialog)
+ItemFields CMainFrame::DialogFields(const CdlgAddItem& dialog)
 {
-    item.SetAccessRights((dialog.readable ? COPCItem::kReadable : 0) | (dialog.writable ? COPCItem::kWritable : 0));
-    item.SetScanRate(dialog.scanRate);
-    item.SetArchive(dialog.archive);
-    item.SetCanonicalDataType(dialog.dataType);
-    item.SetValue(dialog.value);
-    item.SetQuality(kGoodQuality);
-    item.SetValueTime(Now());
+    ItemFields fields;
+    fields.accessRights = (dialog.readable ? COPCItem::kReadable : 0) | (dialog.writable ? COPCItem::kWritable : 0);
+    fields.scanRate = dialog.scanRate;
+    fields.archive = dialog.archive;
+    fields.dataType = dialog.dataType;
+    fields.value = dialog.value;
+    fields.quality = kGoodQuality;
+    fields.valueTime = Now();
+    return fields;
 }
 
 void CMainFrame::EditOneItem(size_t row)
@@ -967,19 +1039,11 @@ void CMainFrame::EditOneItem(size_t row)
     }
     if (dialog.name.empty())
         throw CL::CException(E_INVALIDARG, L"COPCItem::Rename");
-    // Out of the branch while it changes, back in under its (new) name.
-    const ItemPtr taken = branch.RemoveItem(oldName);
-    try {
-        ApplyItemFields(*taken, dialog);
-        taken->Rename(dialog.name.c_str());
-    } catch (...) {
-        branch.AddItem(taken);
-        throw;
-    }
-    branch.AddItem(taken);
+    ItemFields fields = DialogFields(dialog);
+    fields.name = dialog.name;
+    m_document.Execute(std::make_unique<CItemPropertiesCommand>(std::vector<ItemPtr>{item}, std::move(fields)));
     m_rows.Refresh(row);
     m_list.UpdateRow(row);
-    m_document.SetDirty();
 }
 
 void CMainFrame::EditSeveralItems(const std::vector<size_t>& rows)
@@ -990,12 +1054,15 @@ void CMainFrame::EditSeveralItems(const std::vector<size_t>& rows)
     const INT_PTR result = dialog.DoModal(Hwnd());
     if (result != IDOK && result != IDC_SAVE_AND_NEW)
         return;
+    std::vector<ItemPtr> items;
+    items.reserve(rows.size());
+    for (size_t row : rows)
+        items.push_back(m_rows.ItemAt(row));
+    m_document.Execute(std::make_unique<CItemPropertiesCommand>(std::move(items), DialogFields(dialog)));
     for (size_t row : rows) {
-        ApplyItemFields(*m_rows.ItemAt(row), dialog);
         m_rows.Refresh(row);
         m_list.UpdateRow(row);
     }
-    m_document.SetDirty();
 }
 
 // ---- View and Help ----------------------------------------------------------

@@ -18,7 +18,11 @@
 #include <vector>
 
 #include "addressspace/AddressSpaceDocument.h"
+#include "addressspace/AddressSpaceCsv.h"
 #include "addressspace/AddressSpaceExchange.h"
+#include "addressspace/EditCommand.h"
+#include "addressspace/FindCursor.h"
+#include "addressspace/ItemFields.h"
 #include "addressspace/ItemRows.h"
 #include "common/Window.h"
 #include "common/ui/FrameBars.h"
@@ -106,6 +110,13 @@ private:
     void OnFileReload();
     void OnFileExportCsv();
     void OnFileImportCsv();
+    void OnEditUndo();
+    void OnEditRedo();
+    void OnEditCut();
+    void OnEditCopy();
+    void OnEditPaste();
+    void OnEditFind();
+    void OnEditFindNext(bool forward);
     void OnEditNewBranch();
     void OnEditNewItem();
     void OnEditDelete();
@@ -121,9 +132,6 @@ private:
     void OnTreeRightClick();
     void OnListRightClick();
     void ShowContextMenu(int menuId, POINT screen);
-    HTREEITEM InsertNode(HTREEITEM parentNode, const BranchPtr& branch);
-    void InsertSubtree(HTREEITEM parentNode, const COPCServerAddressSpaceBranch& branch);
-    void SortChildren(HTREEITEM parentNode);
     HTREEITEM SelectedNode() const;
     // Whether the tree has the keyboard focus; while the window is inactive
     // (no focus in this thread), whether it had it last.
@@ -144,7 +152,21 @@ private:
     void FillItemDialog(CdlgAddItem& dialog, const COPCItem& item) const;
     std::wstring BranchLabel(const COPCServerAddressSpaceBranch& branch) const;
     void EditSeveralItems(const std::vector<size_t>& rows);
-    static void ApplyItemFields(COPCItem& item, const CdlgAddItem& dialog);
+    // The fields that the item dialog puts on every item it edits.
+    static ItemFields DialogFields(const CdlgAddItem& dialog);
+    // Clipboard (MainFrmClipboard.cpp): the selection as tab-separated text
+    // (empty: nothing to copy), and the paste of clipboard text.
+    std::wstring SelectionText() const;
+    void CutSelection();
+    void PasteText(const std::wstring& text);
+    // What columns that CSV or pasted text lacks give a new item.
+    static CL::CsvItemDefaults NewItemDefaults();
+    // Brings the views up to the model after an undo or redo and selects
+    // the branch the command touched.
+    void ShowEdit(const CEditCommand& command);
+    // Selects the match's branch in the tree (expanding what is needed) and
+    // its item's row in the list, and gives that view the focus.
+    void ShowMatch(const CAddressSpaceSearch::Entry& entry);
     void ReplaceModel(CAddressSpaceDocument::ModelPtr model);
     int Ask(const wchar_t* text, const wchar_t* caption);
     void ShowError(const wchar_t* text, const wchar_t* caption);
@@ -160,6 +182,7 @@ private:
     HACCEL m_accelerators = nullptr;
     bool m_clearing = false;
     HWND m_lastFocus = nullptr;
+    CFindCursor m_find;
     wchar_t m_openPath[261] = {};
     wchar_t m_copyPath[261] = {};
     wchar_t m_csvPath[261] = {};

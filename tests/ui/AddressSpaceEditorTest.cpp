@@ -132,7 +132,11 @@ TEST_F(EditorWindow, MenuHoldsEveryEntryWithItsAccelerator)
     EXPECT_EQ(test::MenuTexts(menu[0].submenu), (Names{L"&New\tCtrl+N", L"&Open...\tCtrl+O", L"&Save\tCtrl+S",
                                                      L"Save &a copy...", L"-", L"&Export CSV...",
                                                      L"&Import CSV...", L"-", L"&Reload\tCtrl+R"}));
-    EXPECT_EQ(test::MenuTexts(menu[1].submenu), (Names{L"&New Branch...", L"New &Item...", L"&Delete\tDel", L"-",
+    EXPECT_EQ(test::MenuTexts(menu[1].submenu), (Names{L"&Undo\tCtrl+Z", L"&Redo\tCtrl+Y", L"-", L"Cu&t\tCtrl+X",
+                                                     L"&Copy\tCtrl+C", L"&Paste\tCtrl+V", L"-",
+                                                     L"&Find...\tCtrl+F", L"Find Ne&xt\tF3",
+                                                     L"Find Pre&vious\tShift+F3", L"-", L"&New Branch...",
+                                                     L"New &Item...", L"&Delete\tDel", L"-",
                                                      L"HDA Database Data...", L"-", L"Properties..."}));
     EXPECT_EQ(test::MenuTexts(menu[2].submenu), (Names{L"&Toolbar", L"&Status Bar"}));
     EXPECT_EQ(test::MenuTexts(menu[3].submenu), (Names{L"Online Help", L"-", L"&About..."}));
