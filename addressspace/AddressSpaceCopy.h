@@ -8,5 +8,8 @@
 namespace CL {
 
 CSmartPtr<COPCServerAddressSpace> CopyAddressSpace(const COPCServerAddressSpace& space);
+// A new item with the item's name, settings, value, quality and time, in no
+// branch.
+CSmartPtr<COPCItem> CopyItem(const COPCItem& item);
 
 } // namespace CL

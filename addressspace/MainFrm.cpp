@@ -5,6 +5,7 @@
 #include <windowsx.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "addressspace/AddBranchCommand.h"
 #include "addressspace/AddItemCommand.h"
@@ -13,7 +14,11 @@
 #include "addressspace/BranchTree.h"
 #include "addressspace/DeleteBranchCommand.h"
 #include "addressspace/DeleteItemsCommand.h"
+#include "addressspace/DuplicateCommand.h"
+#include "addressspace/NameNumbering.h"
+#include "addressspace/dlgDuplicate.h"
 #include "addressspace/EditMenu.h"
+#include "addressspace/EditorPlace.h"
 #include "addressspace/dlgFind.h"
 #include "addressspace/ItemPropertiesCommand.h"
 #include "addressspace/RenameBranchCommand.h"
@@ -30,6 +35,7 @@
 #include "common/Handle.h"
 #include "common/Text.h"
 #include "common/Util_Variant.h"
+#include "common/ui/OverwriteQuestion.h"
 #include "common/ui/WaitCursor.h"
 #include "res/resource.h"
 
@@ -62,6 +68,18 @@ bool HasExtension(const std::wstring& path)
 {
     const size_t slash = path.find_last_of(L"\\/");
     return path.find(L'.', slash == std::wstring::npos ? 0 : slash + 1) != std::wstring::npos;
+}
+
+// Appends the extension when no extension was typed and the first filter
+// was in use; false when that names a file that exists and the user does
+// not want it replaced (the dialog's own question saw only the typed name).
+bool CompletedName(HWND owner, std::wstring& path, DWORD filterIndex, const wchar_t* extension,
+                   const wchar_t* caption)
+{
+    if (filterIndex != 1 || HasExtension(path))
+        return true;
+    path += extension;
+    return CL::MayOverwrite(owner, path, caption);
 }
 
 std::wstring FolderOf(const std::wstring& path)
@@ -277,6 +295,7 @@ void CMainFrame::OnCommand(WORD id)
     case ID_AS_EDIT_CUT: OnEditCut(); break;
     case ID_AS_EDIT_COPY: OnEditCopy(); break;
     case ID_AS_EDIT_PASTE: OnEditPaste(); break;
+    case ID_AS_EDIT_DUPLICATE: OnEditDuplicate(); break;
     case ID_AS_EDIT_FIND: OnEditFind(); break;
     case ID_AS_EDIT_FIND_NEXT: OnEditFindNext(true); break;
     case ID_AS_EDIT_FIND_PREVIOUS: OnEditFindNext(false); break;
@@ -366,6 +385,7 @@ void CMainFrame::OnInitMenuPopup(HMENU menu)
     enable(ID_AS_EDIT_DELETE, canEdit);
     enable(ID_AS_EDIT_PROPERTIES, canEdit);
     enable(ID_AS_EDIT_HISTORY, hasItem);
+    enable(ID_AS_EDIT_DUPLICATE, !inTree && m_list.Hwnd() && m_list.SelectedRows().size() == 1);
     enable(ID_AS_EDIT_CUT, canEdit);
     enable(ID_AS_EDIT_COPY, canEdit);
     enable(ID_AS_EDIT_PASTE, ::IsClipboardFormatAvailable(CF_UNICODETEXT) != FALSE);
@@ -426,6 +446,12 @@ std::wstring CMainFrame::BranchLabel(const COPCServerAddressSpaceBranch& branch)
 
 void CMainFrame::ClearViews()
 {
+    if (m_tree && TreeView_GetRoot(m_tree)) {
+        std::vector<std::wstring> rows;
+        for (size_t row : m_list.SelectedRows())
+            rows.push_back(m_rows.ItemAt(row)->Name());
+        m_place.Capture(m_tree, std::move(rows));
+    }
     m_clearing = true;
     if (m_tree)
         TreeView_DeleteAllItems(m_tree);
@@ -454,11 +480,23 @@ void CMainFrame::FillViews()
     }
     m_clearing = false;
     TreeView_Expand(m_tree, rootNode, TVE_EXPAND);
+    // The places the user had open before the views were emptied.
+    HTREEITEM selected = m_place.Empty() ? rootNode : m_place.Restore(m_tree);
     ::SendMessageW(m_tree, WM_SETREDRAW, TRUE, 0);
     ::InvalidateRect(m_tree, nullptr, TRUE);
-    TreeView_SelectItem(m_tree, rootNode);
-    if (m_listBranch.get() != root.get())
-        FillList(root.get());
+    TreeView_SelectItem(m_tree, selected);
+    TreeView_EnsureVisible(m_tree, selected);
+    COPCServerAddressSpaceBranch* branch = CBranchTree::BranchOf(m_tree, selected);
+    if (m_listBranch.get() != branch)
+        FillList(branch);
+    if (!m_place.Empty()) {
+        std::vector<ItemPtr> rows;
+        for (size_t row = 0; row < m_rows.RowCount(); ++row)
+            if (m_place.RowSelected(m_rows.ItemAt(row)->Name()))
+                rows.push_back(m_rows.ItemAt(row));
+        SelectRowsOf(rows);
+    }
+    m_place.Clear();
 }
 
 void CMainFrame::FillList(COPCServerAddressSpaceBranch* branch)
@@ -622,11 +660,12 @@ void CMainFrame::OnFileSaveCopy()
         const std::wstring folder = FolderOf(m_exchange.ExchangeFile());
         ofn.lpstrInitialDir = folder.c_str();
         ofn.Flags = OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOREADONLYRETURN;
-        if (!::GetSaveFileNameW(&ofn))
-            return;
-        std::wstring path = m_copyPath;
-        if (ofn.nFilterIndex == 1 && !HasExtension(path))
-            path += L".xml";
+        std::wstring path;
+        do {
+            if (!::GetSaveFileNameW(&ofn))
+                return;
+            path = m_copyPath;
+        } while (!CompletedName(Hwnd(), path, ofn.nFilterIndex, L".xml", L"Save a copy"));
         CL::CWaitCursor wait;
         m_document.Model()->Save(path);
     });
@@ -645,11 +684,12 @@ void CMainFrame::OnFileExportCsv()
         ofn.nMaxFile = static_cast<DWORD>(std::size(m_csvPath));
         ofn.lpstrTitle = L"Export CSV";
         ofn.Flags = OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOREADONLYRETURN;
-        if (!::GetSaveFileNameW(&ofn))
-            return;
-        std::wstring path = m_csvPath;
-        if (ofn.nFilterIndex == 1 && !HasExtension(path))
-            path += L".csv";
+        std::wstring path;
+        do {
+            if (!::GetSaveFileNameW(&ofn))
+                return;
+            path = m_csvPath;
+        } while (!CompletedName(Hwnd(), path, ofn.nFilterIndex, L".csv", L"Export CSV"));
         CL::CWaitCursor wait;
         CL::WriteWholeFile(path, CL::ExportAddressSpaceCsv(*m_document.Model()));
     });
@@ -735,6 +775,50 @@ void CMainFrame::OnEditRedo()
         else
             ::MessageBeep(MB_OK);
     });
+}
+
+void CMainFrame::OnEditDuplicate()
+{
+    Log(3, "CMainFrame::OnEditDuplicate" + MV_POS());
+    CL::RunReported([this] {
+        const std::vector<size_t> rows = m_list.SelectedRows();
+        if (rows.size() != 1 || !m_listBranch) {
+            ::MessageBeep(MB_OK);   // one item at a time
+            return;
+        }
+        const ItemPtr item = m_rows.ItemAt(rows.front());
+        const BranchPtr branch = m_listBranch;
+        CdlgDuplicate dialog(item->Name(), [&](size_t count) {
+            return CNameNumbering::CountOn(item->Name(), count,
+                                           [&](const std::wstring& name) { return bool(branch->FindItem(name)); });
+        });
+        if (dialog.DoModal(Hwnd()) != IDOK)
+            return;
+        CL::CWaitCursor wait;
+        auto command = std::make_unique<CDuplicateCommand>(item, dialog.count);
+        const CDuplicateCommand& duplicate = *command;
+        ShowEdit(m_document.Execute(std::move(command)));
+        SelectRowsOf(duplicate.Copies());
+    });
+}
+
+void CMainFrame::SelectRowsOf(const std::vector<ItemPtr>& items)
+{
+    std::unordered_set<const COPCItem*> wanted;
+    for (const ItemPtr& item : items)
+        wanted.insert(item.get());
+    ListView_SetItemState(m_list, -1, 0, LVIS_SELECTED | LVIS_FOCUSED);
+    bool first = true;
+    for (size_t display = 0; display < m_list.DisplayCount(); ++display) {
+        if (!wanted.count(m_rows.ItemAt(m_list.SourceRowAt(display)).get()))
+            continue;
+        const int line = static_cast<int>(display);
+        const UINT state = LVIS_SELECTED | (first ? LVIS_FOCUSED : 0);
+        ListView_SetItemState(m_list, line, state, state);
+        if (first)
+            ListView_EnsureVisible(m_list, line, FALSE);
+        first = false;
+    }
 }
 
 void CMainFrame::OnEditFind()

@@ -21,6 +21,7 @@
 #include "addressspace/AddressSpaceCsv.h"
 #include "addressspace/AddressSpaceExchange.h"
 #include "addressspace/EditCommand.h"
+#include "addressspace/EditorPlace.h"
 #include "addressspace/FindCursor.h"
 #include "addressspace/ItemFields.h"
 #include "addressspace/ItemRows.h"
@@ -81,7 +82,9 @@ public:
     COPCServerAddressSpaceBranch* ListBranch() const { return m_listBranch.get(); }
 
     // IAddressSpaceViews: empties the tree and the list; fills the tree from
-    // the root and the list for the selection (the root's node).
+    // the root and the list for the selection. The branches expanded and
+    // selected before, and the selected rows, are expanded and selected
+    // again where they still exist (else the root is selected).
     void ClearViews() override;
     void FillViews() override;
 
@@ -115,6 +118,7 @@ private:
     void OnEditCut();
     void OnEditCopy();
     void OnEditPaste();
+    void OnEditDuplicate();
     void OnEditFind();
     void OnEditFindNext(bool forward);
     void OnEditNewBranch();
@@ -164,6 +168,8 @@ private:
     // Brings the views up to the model after an undo or redo and selects
     // the branch the command touched.
     void ShowEdit(const CEditCommand& command);
+    // Selects exactly the list rows of these items.
+    void SelectRowsOf(const std::vector<ItemPtr>& items);
     // Selects the match's branch in the tree (expanding what is needed) and
     // its item's row in the list, and gives that view the focus.
     void ShowMatch(const CAddressSpaceSearch::Entry& entry);
@@ -183,6 +189,7 @@ private:
     bool m_clearing = false;
     HWND m_lastFocus = nullptr;
     CFindCursor m_find;
+    CEditorPlace m_place;   // taken by ClearViews, given back by FillViews
     wchar_t m_openPath[261] = {};
     wchar_t m_copyPath[261] = {};
     wchar_t m_csvPath[261] = {};

@@ -119,12 +119,7 @@ void CMainFrame::PasteText(const std::wstring& text)
     auto command = std::make_unique<CPasteCommand>(plan, target);
     const CPasteCommand& paste = *command;
     ShowEdit(m_document.Execute(std::move(command)));
-    // The rows pasted straight into the branch are selected.
-    ListView_SetItemState(m_list, -1, 0, LVIS_SELECTED);
-    for (size_t row = 0; row < m_rows.RowCount(); ++row)
-        for (const ItemPtr& item : paste.Items())
-            if (m_rows.ItemAt(row).get() == item.get())
-                ListView_SetItemState(m_list, m_list.DisplayIndexOf(row), LVIS_SELECTED, LVIS_SELECTED);
+    SelectRowsOf(paste.Items());   // the rows pasted straight into the branch
     m_bars.SetStatusText(CL::Format(L"Paste: %zu item(s) added below \"%ls\" (separator: %ls).", paste.ItemCount(),
                                     BranchLabel(*target).c_str(),
                                     plan.separator == L'\t' ? L"tab" : plan.separator == L';' ? L"semicolon"

@@ -7,6 +7,7 @@
 #define IDD_ADDITEM              1110
 #define IDD_ADDBRANCH            1111
 #define IDD_FIND                 1112
+#define IDD_DUPLICATE            1113
 
 // Child windows of the editor.
 #define IDC_EDITOR_SPLITTER      1120
@@ -33,6 +34,11 @@
 #define IDC_FIND_COUNT           1161
 #define IDC_FIND_RESULTS         1162
 #define IDC_FIND_LABEL           1163
+// Duplicate dialog controls.
+#define IDC_DUPLICATE_ITEM       1170
+#define IDC_DUPLICATE_COUNT      1171
+#define IDC_DUPLICATE_SPIN       1172
+#define IDC_DUPLICATE_PREVIEW    1173
 // "Save && Create &New" in both dialogs.
 #define IDC_SAVE_AND_NEW         1150
 

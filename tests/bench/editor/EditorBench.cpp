@@ -8,6 +8,8 @@
 //   - sorting that list by "Name" and by "Current Value",
 //   - Find over the whole address space, the first results (one screen)
 //     and all results, for part of a name and for a pattern,
+//   - copy and paste of the 10,000 rows (into their own branch, so every
+//     name gets the next free number), duplicate x10,000 through its dialog,
 //   - undo and redo of deleting the 10,000-item branch.
 // Prints one figure per line, the targets, and the ratio of the editor's own
 // time to the load.
@@ -27,6 +29,9 @@
 #include "bench/BenchTiming.h"
 #include "common/Exception.h"
 #include "common/Text.h"
+#include "res/resource.h"
+#include "support/DialogScript.h"
+#include "support/TestSupport.h"
 
 namespace {
 
@@ -184,6 +189,33 @@ int main(int argc, char** argv)
                                              kFirstResults);
         const size_t patternAll = TimeFind(search, "find_pattern_all_results", L"area?.line*.unit3.item*7", SIZE_MAX);
 
+        // Copy all 10,000 rows of Big, paste them into Big, take the paste back.
+        ::SetFocus(frame.List());
+        ListView_SetItemState(frame.List(), -1, LVIS_SELECTED, LVIS_SELECTED);
+        const double copy = TimeCommand(frame, ID_AS_EDIT_COPY);
+        const double paste = TimeCommand(frame, ID_AS_EDIT_PASTE);
+        const int pastedRows = ListView_GetItemCount(frame.List());
+        Command(frame, ID_AS_EDIT_UNDO);
+
+        // Duplicate one row 10,000 times through the dialog, then take it back.
+        ::SetFocus(frame.List());
+        ListView_SetItemState(frame.List(), -1, 0, LVIS_SELECTED);
+        ListView_SetItemState(frame.List(), 0, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+        double duplicate = 0;
+        {
+            test::DialogScript script({{L"Duplicate", [&duplicate](HWND dialog) {
+                                            ::SetDlgItemTextW(dialog, IDC_DUPLICATE_COUNT, L"10000");
+                                            duplicate = Seconds();
+                                            ::PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+                                        }}});
+            Command(frame, ID_AS_EDIT_DUPLICATE);
+            duplicate = Seconds() - duplicate;
+            if (!script.Finished())
+                throw CL::CException(E_FAIL, L"no Duplicate dialog");
+        }
+        const int duplicatedRows = ListView_GetItemCount(frame.List());
+        Command(frame, ID_AS_EDIT_UNDO);
+
         // Delete the selected Big branch from the tree, then undo and redo.
         ::SetFocus(frame.Tree());
         Command(frame, ID_AS_EDIT_DELETE);
@@ -200,6 +232,9 @@ int main(int argc, char** argv)
         Print("sort_by_name_seconds", sortName, kTargetSort);
         Print("sort_by_current_value_seconds", sortValue, kTargetSort);
         std::printf("find_index_seconds %.3f (taken when the dialog opens)\n", index);
+        Print("copy_10000_rows_seconds", copy, kTargetOther);
+        Print("paste_10000_rows_seconds", paste, kTargetOther);
+        Print("duplicate_x10000_seconds", duplicate, kTargetOther);
         Print("undo_delete_10000_item_branch_seconds", undo, kTargetUndo);
         Print("redo_delete_10000_item_branch_seconds", redo, kTargetOther);
         std::printf("editor_to_load_ratio %.3f\n", show / load);
@@ -211,6 +246,10 @@ int main(int argc, char** argv)
         if (nameFirst != nameAll || nameAll != 11 || patternFirst != kFirstResults || patternAll != 1000) {
             std::fprintf(stderr, "find gave %zu/%zu and %zu/%zu matches\n", nameFirst, nameAll, patternFirst,
                          patternAll);
+            status = 1;
+        }
+        if (pastedRows != 2 * kBigItems || duplicatedRows != 2 * kBigItems) {
+            std::fprintf(stderr, "paste showed %d rows, duplicate %d\n", pastedRows, duplicatedRows);
             status = 1;
         }
         if (!deleted || !redone || undoneRows != kBigItems) {
