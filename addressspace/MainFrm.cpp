@@ -153,6 +153,8 @@ bool CMainFrame::PreTranslateMessage(MSG& msg)
         return false;
     if (msg.hwnd != Hwnd() && !::IsChild(Hwnd(), msg.hwnd))
         return false;
+    if (EditingLabel(msg.hwnd))
+        return false;   // Del, Ctrl+C ... belong to the name being typed
     return ::TranslateAcceleratorW(Hwnd(), m_accelerators, &msg) != 0;
 }
 
@@ -189,6 +191,9 @@ LRESULT CMainFrame::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
     case WM_SYSCOLORCHANGE:
         OnSysColorChange();
         return 0;
+    case kRenameMessage:
+        OnRenameMessage();
+        return 0;
     case WM_CONTEXTMENU:
         OnContextMenu(reinterpret_cast<HWND>(wParam), lParam);
         return 0;
@@ -211,12 +216,12 @@ LRESULT CMainFrame::OnCreate()
             CL::ThrowLastError(L"m_splitter.Create");
         m_tree = ::CreateWindowExW(WS_EX_CLIENTEDGE, WC_TREEVIEWW, L"",
                                    WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
-                                       TVS_LINESATROOT | TVS_SHOWSELALWAYS,
+                                       TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_EDITLABELS,
                                    0, 0, 0, 0, m_splitter, reinterpret_cast<HMENU>(IDC_EDITOR_TREE),
                                    CL::ModuleInstance(), nullptr);
         if (!m_tree)
             CL::ThrowLastError(L"m_tree.Create");
-        if (!m_list.Create(m_splitter, IDC_EDITOR_LIST, WS_TABSTOP))
+        if (!m_list.Create(m_splitter, IDC_EDITOR_LIST, WS_TABSTOP | LVS_EDITLABELS))
             CL::ThrowLastError(L"m_list.Create");
         m_list.SetColumns(CItemRows::Columns());
         m_list.SetRows(&m_rows);
@@ -296,6 +301,7 @@ void CMainFrame::OnCommand(WORD id)
     case ID_AS_EDIT_COPY: OnEditCopy(); break;
     case ID_AS_EDIT_PASTE: OnEditPaste(); break;
     case ID_AS_EDIT_DUPLICATE: OnEditDuplicate(); break;
+    case ID_AS_EDIT_RENAME: OnEditRename(); break;
     case ID_AS_EDIT_FIND: OnEditFind(); break;
     case ID_AS_EDIT_FIND_NEXT: OnEditFindNext(true); break;
     case ID_AS_EDIT_FIND_PREVIOUS: OnEditFindNext(false); break;
@@ -322,6 +328,11 @@ LRESULT CMainFrame::OnNotify(NMHDR* header)
         case TVN_SELCHANGEDW:
             OnTreeSelChanged(*reinterpret_cast<NMTREEVIEWW*>(header));
             return 0;
+        case TVN_BEGINLABELEDITW:
+            return OnTreeBeginLabelEdit(*reinterpret_cast<NMTVDISPINFOW*>(header));
+        case TVN_ENDLABELEDITW:
+            OnTreeEndLabelEdit(*reinterpret_cast<NMTVDISPINFOW*>(header));
+            return FALSE;   // the rename sets the node's text
         case TVN_DELETEITEMW:
             // Each node holds a reference to its branch.
             if (auto* branch = reinterpret_cast<COPCServerAddressSpaceBranch*>(
@@ -353,6 +364,9 @@ LRESULT CMainFrame::OnNotify(NMHDR* header)
             if (reinterpret_cast<NMITEMACTIVATE*>(header)->iItem >= 0)
                 OnEditProperties();
             return 0;
+        case LVN_ENDLABELEDITW:
+            OnListEndLabelEdit(*reinterpret_cast<NMLVDISPINFOW*>(header));
+            return FALSE;   // the row shows the model's name
         case NM_SETFOCUS:
             m_lastFocus = m_list;
             return 0;
@@ -386,6 +400,7 @@ void CMainFrame::OnInitMenuPopup(HMENU menu)
     enable(ID_AS_EDIT_PROPERTIES, canEdit);
     enable(ID_AS_EDIT_HISTORY, hasItem);
     enable(ID_AS_EDIT_DUPLICATE, !inTree && m_list.Hwnd() && m_list.SelectedRows().size() == 1);
+    enable(ID_AS_EDIT_RENAME, canEdit);
     enable(ID_AS_EDIT_CUT, canEdit);
     enable(ID_AS_EDIT_COPY, canEdit);
     enable(ID_AS_EDIT_PASTE, ::IsClipboardFormatAvailable(CF_UNICODETEXT) != FALSE);

@@ -119,6 +119,7 @@ private:
     void OnEditCopy();
     void OnEditPaste();
     void OnEditDuplicate();
+    void OnEditRename();
     void OnEditFind();
     void OnEditFindNext(bool forward);
     void OnEditNewBranch();
@@ -158,6 +159,22 @@ private:
     void EditSeveralItems(const std::vector<size_t>& rows);
     // The fields that the item dialog puts on every item it edits.
     static ItemFields DialogFields(const CdlgAddItem& dialog);
+    // Rename in place (MainFrmRename.cpp). The label edit of the tree or
+    // the list keeps its keys (no accelerators while it is open).
+    bool EditingLabel(HWND window) const;
+    bool OnTreeBeginLabelEdit(const NMTVDISPINFOW& info);
+    void OnTreeEndLabelEdit(const NMTVDISPINFOW& info);
+    void OnListEndLabelEdit(const NMLVDISPINFOW& info);
+    void OnRenameMessage();
+    void RenameBranch(const BranchPtr& branch, const std::wstring& name);
+    void RenameItem(const ItemPtr& item, const std::wstring& name);
+    // The name typed in place, applied by kRenameMessage.
+    struct PendingRename {
+        BranchPtr branch;
+        ItemPtr item;
+        std::wstring name;
+    };
+    static constexpr UINT kRenameMessage = WM_APP + 17;
     // Clipboard (MainFrmClipboard.cpp): the selection as tab-separated text
     // (empty: nothing to copy), and the paste of clipboard text.
     std::wstring SelectionText() const;
@@ -189,7 +206,8 @@ private:
     bool m_clearing = false;
     HWND m_lastFocus = nullptr;
     CFindCursor m_find;
-    CEditorPlace m_place;   // taken by ClearViews, given back by FillViews
+    CEditorPlace m_place;
+    PendingRename m_pendingRename;   // taken by ClearViews, given back by FillViews
     wchar_t m_openPath[261] = {};
     wchar_t m_copyPath[261] = {};
     wchar_t m_csvPath[261] = {};

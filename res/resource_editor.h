@@ -62,6 +62,7 @@
 #define ID_AS_EDIT_COPY          33123
 #define ID_AS_EDIT_PASTE         33124
 #define ID_AS_EDIT_DUPLICATE     33125
+#define ID_AS_EDIT_RENAME        33126
 #define ID_AS_VIEW_TOOLBAR       33120
 #define ID_AS_VIEW_STATUS_BAR    33121
 #define ID_AS_HELP_ONLINE        33130

@@ -133,7 +133,8 @@ TEST_F(EditorWindow, MenuHoldsEveryEntryWithItsAccelerator)
                                                      L"Save &a copy...", L"-", L"&Export CSV...",
                                                      L"&Import CSV...", L"-", L"&Reload\tCtrl+R"}));
     EXPECT_EQ(test::MenuTexts(menu[1].submenu), (Names{L"&Undo\tCtrl+Z", L"&Redo\tCtrl+Y", L"-", L"Cu&t\tCtrl+X",
-                                                     L"&Copy\tCtrl+C", L"&Paste\tCtrl+V", L"D&uplicate...", L"-",
+                                                     L"&Copy\tCtrl+C", L"&Paste\tCtrl+V", L"D&uplicate...",
+                                                     L"Rena&me\tF2", L"-",
                                                      L"&Find...\tCtrl+F", L"Find Ne&xt\tF3",
                                                      L"Find Pre&vious\tShift+F3", L"-", L"&New Branch...",
                                                      L"New &Item...", L"&Delete\tDel", L"-",
