@@ -30,6 +30,13 @@ CSmartPtr<COPCItem> CopyItem(const COPCItem& item)
     return copy;
 }
 
+CSmartPtr<COPCServerAddressSpaceBranch> CopyBranch(const COPCServerAddressSpaceBranch& branch)
+{
+    BranchPtr copy = BranchPtr::Make(branch.Name());
+    CopyChildren(branch, *copy);
+    return copy;
+}
+
 CSmartPtr<COPCServerAddressSpace> CopyAddressSpace(const COPCServerAddressSpace& space)
 {
     auto copy = CSmartPtr<COPCServerAddressSpace>::Make();

@@ -11,5 +11,8 @@ CSmartPtr<COPCServerAddressSpace> CopyAddressSpace(const COPCServerAddressSpace&
 // A new item with the item's name, settings, value, quality and time, in no
 // branch.
 CSmartPtr<COPCItem> CopyItem(const COPCItem& item);
+// A new branch of the same name with copies of everything under it, in no
+// branch.
+CSmartPtr<COPCServerAddressSpaceBranch> CopyBranch(const COPCServerAddressSpaceBranch& branch);
 
 } // namespace CL

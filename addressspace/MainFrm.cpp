@@ -12,6 +12,7 @@
 #include "addressspace/AddressSpaceCopy.h"
 #include "addressspace/AddressSpaceCsv.h"
 #include "addressspace/BranchTree.h"
+#include "addressspace/EditorTexts.h"
 #include "addressspace/DeleteBranchCommand.h"
 #include "addressspace/DeleteItemsCommand.h"
 #include "addressspace/DuplicateCommand.h"
@@ -46,10 +47,6 @@ constexpr wchar_t kOverwriteQuestion[] = L"Are you sure you want to overwrite th
 constexpr wchar_t kReloadQuestion[] =
     L"Do you want to overwrite your changes with the current configuration of the server?";
 constexpr wchar_t kSaveChangesQuestion[] = L"Do you want to save your changes?";
-constexpr wchar_t kDuplicateBranch[] =
-    L"Another branch with the same name exists on the same level. Please, enter unique name.";
-constexpr wchar_t kDuplicateItem[] =
-    L"Another OPC item with the same name exists on the same level. Please, enter unique item name.";
 constexpr wchar_t kFileFilter[] = L"XML files (*.xml)\0*.xml\0All files (*.*)\0*.*\0";
 constexpr wchar_t kCsvFilter[] = L"CSV files (*.csv)\0*.csv\0All files (*.*)\0*.*\0";
 constexpr WORD kGoodQuality = 192;
@@ -155,6 +152,12 @@ bool CMainFrame::PreTranslateMessage(MSG& msg)
         return false;
     if (EditingLabel(msg.hwnd))
         return false;   // Del, Ctrl+C ... belong to the name being typed
+    if (m_drag.active && msg.message == WM_KEYDOWN && msg.wParam == VK_ESCAPE) {
+        EndDrag();   // Esc cancels a drag
+        m_drag = DragState();
+        m_bars.SetStatusText(L"");
+        return true;
+    }
     return ::TranslateAcceleratorW(Hwnd(), m_accelerators, &msg) != 0;
 }
 
@@ -193,6 +196,19 @@ LRESULT CMainFrame::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case kRenameMessage:
         OnRenameMessage();
+        return 0;
+    case WM_MOUSEMOVE:
+        if (m_drag.active)
+            OnDragMove(lParam);
+        return 0;
+    case WM_LBUTTONUP:
+        OnDragDrop(wParam, lParam);
+        return 0;
+    case WM_CAPTURECHANGED:
+        if (m_drag.active && reinterpret_cast<HWND>(lParam) != Hwnd()) {
+            EndDrag();   // another window took the mouse: the drag is over
+            m_drag = DragState();
+        }
         return 0;
     case WM_CONTEXTMENU:
         OnContextMenu(reinterpret_cast<HWND>(wParam), lParam);
@@ -328,6 +344,9 @@ LRESULT CMainFrame::OnNotify(NMHDR* header)
         case TVN_SELCHANGEDW:
             OnTreeSelChanged(*reinterpret_cast<NMTREEVIEWW*>(header));
             return 0;
+        case TVN_BEGINDRAGW:
+            OnTreeBeginDrag(*reinterpret_cast<NMTREEVIEWW*>(header));
+            return 0;
         case TVN_BEGINLABELEDITW:
             return OnTreeBeginLabelEdit(*reinterpret_cast<NMTVDISPINFOW*>(header));
         case TVN_ENDLABELEDITW:
@@ -363,6 +382,9 @@ LRESULT CMainFrame::OnNotify(NMHDR* header)
         case NM_DBLCLK:
             if (reinterpret_cast<NMITEMACTIVATE*>(header)->iItem >= 0)
                 OnEditProperties();
+            return 0;
+        case LVN_BEGINDRAG:
+            OnListBeginDrag();
             return 0;
         case LVN_ENDLABELEDITW:
             OnListEndLabelEdit(*reinterpret_cast<NMLVDISPINFOW*>(header));
@@ -927,7 +949,7 @@ void CMainFrame::OnEditNewBranch()
                 return;
             if (parent.FindBranch(dialog.name)) {
                 // Whichever button was used, the name is asked again.
-                ShowError(kDuplicateBranch, L"Add Branch");
+                ShowError(kDuplicateBranchText, L"Add Branch");
                 name = dialog.name;
                 continue;
             }
@@ -958,7 +980,7 @@ void CMainFrame::OnEditNewItem()
             if (result != IDOK && result != IDC_SAVE_AND_NEW)
                 return;
             if (branch.FindItem(dialog.name)) {
-                ShowError(kDuplicateItem, L"Add Item");
+                ShowError(kDuplicateItemText, L"Add Item");
             } else {
                 const DWORD rights = (dialog.readable ? COPCItem::kReadable : 0) |
                                      (dialog.writable ? COPCItem::kWritable : 0);
@@ -1068,7 +1090,7 @@ void CMainFrame::BranchProperties()
         if (result != IDOK && result != IDC_SAVE_AND_NEW)
             return;
         if (!EqualNoCase(dialog.name, branch->Name()) && parent.FindBranch(dialog.name)) {
-            ShowError(kDuplicateBranch, L"Add Branch");
+            ShowError(kDuplicateBranchText, L"Add Branch");
             name = dialog.name;
             continue;
         }
@@ -1133,7 +1155,7 @@ void CMainFrame::EditOneItem(size_t row)
     COPCServerAddressSpaceBranch& branch = *m_listBranch;
     const std::wstring oldName = item->Name();
     if (!EqualNoCase(dialog.name, oldName) && branch.FindItem(dialog.name)) {
-        ShowError(kDuplicateItem, L"Add Item");
+        ShowError(kDuplicateItemText, L"Add Item");
         return;
     }
     if (dialog.name.empty())

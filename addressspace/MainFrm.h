@@ -67,6 +67,9 @@ public:
     // The editor's keyboard accelerators; true when the message was one.
     bool PreTranslateMessage(MSG& msg);
 
+    // Whether rows or a branch are being dragged.
+    bool Dragging() const noexcept { return m_drag.active; }
+
     // The views, for the tray's glue and for tests.
     HWND Tree() const { return m_tree; }
     HWND List() const { return m_list.Hwnd(); }
@@ -175,9 +178,26 @@ private:
         std::wstring name;
     };
     static constexpr UINT kRenameMessage = WM_APP + 17;
+    // Drag and drop (MainFrmDragDrop.cpp): what is dragged, from where.
+    struct DragState {
+        bool active = false;
+        BranchPtr from;
+        std::vector<ItemPtr> items;   // rows of the list
+        BranchPtr branch;             // or a branch of the tree
+    };
+    void OnListBeginDrag();
+    void OnTreeBeginDrag(const NMTREEVIEWW& drag);
+    void BeginDrag();
+    void OnDragMove(LPARAM position);
+    void OnDragDrop(WPARAM keys, LPARAM position);
+    void EndDrag();
+    COPCServerAddressSpaceBranch* DropTargetAt(POINT client, HTREEITEM* node) const;
+    void Drop(const DragState& drag, const BranchPtr& target, bool copy);
     // Clipboard (MainFrmClipboard.cpp): the selection as tab-separated text
     // (empty: nothing to copy), and the paste of clipboard text.
     std::wstring SelectionText() const;
+    // Puts the selection on the clipboard; false when nothing is selected.
+    bool CopySelection();
     void CutSelection();
     void PasteText(const std::wstring& text);
     // What columns that CSV or pasted text lacks give a new item.
@@ -207,7 +227,8 @@ private:
     HWND m_lastFocus = nullptr;
     CFindCursor m_find;
     CEditorPlace m_place;
-    PendingRename m_pendingRename;   // taken by ClearViews, given back by FillViews
+    PendingRename m_pendingRename;
+    DragState m_drag;   // taken by ClearViews, given back by FillViews
     wchar_t m_openPath[261] = {};
     wchar_t m_copyPath[261] = {};
     wchar_t m_csvPath[261] = {};

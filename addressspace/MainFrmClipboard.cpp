@@ -21,12 +21,7 @@ void CMainFrame::OnEditCopy()
     Log(3, "CMainFrame::OnEditCopy" + MV_POS());
     CL::RunReported([this] {
         CL::CWaitCursor wait;
-        const std::wstring text = SelectionText();
-        if (text.empty()) {
-            ::MessageBeep(MB_OK);
-            return;
-        }
-        CL::CClipboard(Hwnd()).PutText(text);
+        CopySelection();
     });
 }
 
@@ -35,14 +30,20 @@ void CMainFrame::OnEditCut()
     Log(3, "CMainFrame::OnEditCut" + MV_POS());
     CL::RunReported([this] {
         CL::CWaitCursor wait;
-        const std::wstring text = SelectionText();
-        if (text.empty()) {
-            ::MessageBeep(MB_OK);
-            return;
-        }
-        CL::CClipboard(Hwnd()).PutText(text);
-        CutSelection();
+        if (CopySelection())
+            CutSelection();
     });
+}
+
+bool CMainFrame::CopySelection()
+{
+    const std::wstring text = SelectionText();
+    if (text.empty()) {
+        ::MessageBeep(MB_OK);   // nothing selected
+        return false;
+    }
+    CL::CClipboard(Hwnd()).PutText(text);
+    return true;
 }
 
 void CMainFrame::OnEditPaste()

@@ -4,24 +4,16 @@
 // the branch and item dialogs.
 #include "addressspace/MainFrm.h"
 
+#include <utility>
+
 #include "addressspace/BranchTree.h"
+#include "addressspace/EditorTexts.h"
 #include "addressspace/NoCaseLess.h"
 #include "addressspace/RenameBranchCommand.h"
 #include "addressspace/RenameItemCommand.h"
 #include "common/DiagnosticLog.h"
 #include "common/ErrorReport.h"
 #include "res/resource.h"
-
-#include <utility>
-
-namespace {
-
-constexpr wchar_t kDuplicateBranch[] =
-    L"Another branch with the same name exists on the same level. Please, enter unique name.";
-constexpr wchar_t kDuplicateItem[] =
-    L"Another OPC item with the same name exists on the same level. Please, enter unique item name.";
-
-} // namespace
 
 void CMainFrame::OnEditRename()
 {
@@ -98,7 +90,7 @@ void CMainFrame::RenameBranch(const BranchPtr& branch, const std::wstring& name)
     if (!parent || EqualNoCase(name, branch->Name()))
         return;   // gone meanwhile, or a change of letter case only: nothing changes
     if (parent->FindBranch(name)) {
-        ShowError(kDuplicateBranch, L"Add Branch");
+        ShowError(kDuplicateBranchText, L"Add Branch");
         return;
     }
     m_document.Execute(std::make_unique<CRenameBranchCommand>(branch, name));
@@ -113,7 +105,7 @@ void CMainFrame::RenameItem(const ItemPtr& item, const std::wstring& name)
     if (!branch || EqualNoCase(name, item->Name()))
         return;
     if (branch->FindItem(name)) {
-        ShowError(kDuplicateItem, L"Add Item");
+        ShowError(kDuplicateItemText, L"Add Item");
         return;
     }
     m_document.Execute(std::make_unique<CRenameItemCommand>(item, name));

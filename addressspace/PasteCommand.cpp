@@ -13,6 +13,13 @@ CPasteCommand::CPasteCommand(const CL::CsvImportPlan& plan, BranchPtr target, st
     Build(plan);
 }
 
+CPasteCommand::CPasteCommand(BranchPtr target, std::vector<ItemPtr> items, std::vector<BranchPtr> branches,
+                             std::wstring verb)
+    : m_target(std::move(target)), m_verb(std::move(verb)), m_items(std::move(items)),
+      m_branches(std::move(branches)), m_itemCount(m_items.size())
+{
+}
+
 void CPasteCommand::Build(const CL::CsvImportPlan& plan)
 {
     FILETIME now = {};

@@ -20,6 +20,9 @@ public:
 
     // The plan's items, built below the target as they would be pasted.
     CPasteCommand(const CL::CsvImportPlan& plan, BranchPtr target, std::wstring verb = L"Paste");
+    // Items and branches built already (copies dropped with Ctrl held),
+    // whose names are free in the target.
+    CPasteCommand(BranchPtr target, std::vector<ItemPtr> items, std::vector<BranchPtr> branches, std::wstring verb);
 
     void Do() override;
     void Undo() override;

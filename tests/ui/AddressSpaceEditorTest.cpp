@@ -946,23 +946,7 @@ TEST_F(EditorEdit, ARightClickOnTheListOffersTheListMenu)
 
 namespace {
 
-// Holds Ctrl down in this thread's keyboard state while it lives.
-class CtrlHeld {
-public:
-    CtrlHeld()
-    {
-        ::GetKeyboardState(m_saved);
-        BYTE state[256];
-        ::GetKeyboardState(state);
-        state[VK_CONTROL] = 0x80;
-        state[VK_LCONTROL] = 0x80;
-        ::SetKeyboardState(state);
-    }
-    ~CtrlHeld() { ::SetKeyboardState(m_saved); }
-
-private:
-    BYTE m_saved[256];
-};
+using test::CtrlHeld;
 
 } // namespace
 

@@ -148,16 +148,13 @@ TEST_F(EditorFind, F3AndShiftF3StepThroughTheMatchesGoingRoundAtTheEnds)
 
 TEST_F(EditorFind, TheKeysCtrlFAndF3ReachTheCommands)
 {
-    BYTE saved[256];
-    ::GetKeyboardState(saved);
-    BYTE state[256];
-    ::GetKeyboardState(state);
-    state[VK_CONTROL] = state[VK_LCONTROL] = 0x80;
-    ::SetKeyboardState(state);
     DialogScript script({Search(L"speed", nullptr, IDOK)});
-    MSG find = {List(), WM_KEYDOWN, 'F', 0, 0, {}};
-    const bool findTaken = F().PreTranslateMessage(find);
-    ::SetKeyboardState(saved);
+    bool findTaken = false;
+    {
+        test::CtrlHeld ctrl;
+        MSG find = {List(), WM_KEYDOWN, 'F', 0, 0, {}};
+        findTaken = F().PreTranslateMessage(find);
+    }
     ASSERT_TRUE(script.Finished()) << Report(script);
     EXPECT_TRUE(findTaken);
     EXPECT_EQ(SelectedName(List()), L"Speed");

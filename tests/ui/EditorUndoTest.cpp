@@ -307,18 +307,15 @@ TEST_F(EditorUndo, AnAmpersandInANameIsShownAsItIsInTheMenu)
 TEST_F(EditorUndo, CtrlZAndCtrlYAreTheAcceleratorsOfUndoAndRedo)
 {
     DeleteRows({L"Count"});
-    BYTE saved[256];
-    ::GetKeyboardState(saved);
-    BYTE state[256];
-    ::GetKeyboardState(state);
-    state[VK_CONTROL] = state[VK_LCONTROL] = 0x80;
-    ::SetKeyboardState(state);
-    MSG undo = {List(), WM_KEYDOWN, 'Z', 0, 0, {}};
-    const bool undoTaken = F().PreTranslateMessage(undo);
-    const bool undone = Column(0) == Names{L"Count", L"Label", L"Speed"};
-    MSG redo = {List(), WM_KEYDOWN, 'Y', 0, 0, {}};
-    const bool redoTaken = F().PreTranslateMessage(redo);
-    ::SetKeyboardState(saved);
+    bool undoTaken = false, undone = false, redoTaken = false;
+    {
+        test::CtrlHeld ctrl;
+        MSG undo = {List(), WM_KEYDOWN, 'Z', 0, 0, {}};
+        undoTaken = F().PreTranslateMessage(undo);
+        undone = Column(0) == Names{L"Count", L"Label", L"Speed"};
+        MSG redo = {List(), WM_KEYDOWN, 'Y', 0, 0, {}};
+        redoTaken = F().PreTranslateMessage(redo);
+    }
     EXPECT_TRUE(undoTaken);
     EXPECT_TRUE(undone);
     EXPECT_TRUE(redoTaken);
