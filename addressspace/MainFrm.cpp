@@ -844,18 +844,24 @@ void CMainFrame::SelectRowsOf(const std::vector<ItemPtr>& items)
     std::unordered_set<const COPCItem*> wanted;
     for (const ItemPtr& item : items)
         wanted.insert(item.get());
-    ListView_SetItemState(m_list, -1, 0, LVIS_SELECTED | LVIS_FOCUSED);
-    bool first = true;
-    for (size_t display = 0; display < m_list.DisplayCount(); ++display) {
+    const bool all = !wanted.empty() && wanted.size() == m_list.DisplayCount();
+    // One redraw at the end, not one per row (a paste or a drop selects thousands).
+    ::SendMessageW(m_list, WM_SETREDRAW, FALSE, 0);
+    ListView_SetItemState(m_list, -1, all ? LVIS_SELECTED : 0, LVIS_SELECTED | LVIS_FOCUSED);
+    int focus = all ? 0 : -1;
+    for (size_t display = 0; !all && display < m_list.DisplayCount(); ++display) {
         if (!wanted.count(m_rows.ItemAt(m_list.SourceRowAt(display)).get()))
             continue;
-        const int line = static_cast<int>(display);
-        const UINT state = LVIS_SELECTED | (first ? LVIS_FOCUSED : 0);
-        ListView_SetItemState(m_list, line, state, state);
-        if (first)
-            ListView_EnsureVisible(m_list, line, FALSE);
-        first = false;
+        ListView_SetItemState(m_list, static_cast<int>(display), LVIS_SELECTED, LVIS_SELECTED);
+        if (focus < 0)
+            focus = static_cast<int>(display);
     }
+    if (focus >= 0)
+        ListView_SetItemState(m_list, focus, LVIS_FOCUSED, LVIS_FOCUSED);
+    ::SendMessageW(m_list, WM_SETREDRAW, TRUE, 0);
+    ::InvalidateRect(m_list, nullptr, FALSE);
+    if (focus >= 0)
+        ListView_EnsureVisible(m_list, focus, FALSE);
 }
 
 void CMainFrame::OnEditFind()

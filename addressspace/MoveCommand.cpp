@@ -49,11 +49,13 @@ void CMoveCommand::Transfer(COPCServerAddressSpaceBranch& from, COPCServerAddres
 void CMoveCommand::Do()
 {
     Transfer(*m_from, *m_to);
+    m_undone = false;
 }
 
 void CMoveCommand::Undo()
 {
     Transfer(*m_to, *m_from);
+    m_undone = true;
 }
 
 std::wstring CMoveCommand::Description() const

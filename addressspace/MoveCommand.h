@@ -18,7 +18,8 @@ public:
     void Do() override;
     void Undo() override;
     std::wstring Description() const override;
-    COPCServerAddressSpaceBranch* TouchedBranch() const override { return m_to.get(); }
+    // The target after Do, the branch they came from after Undo.
+    COPCServerAddressSpaceBranch* TouchedBranch() const override { return m_undone ? m_from.get() : m_to.get(); }
     const std::vector<ItemPtr>& Items() const noexcept { return m_items; }
 
 private:
@@ -31,4 +32,5 @@ private:
     std::vector<ItemPtr> m_items;
     BranchPtr m_moved;
     BranchPtr m_to;
+    bool m_undone = false;
 };

@@ -104,6 +104,7 @@ TEST_F(EditorDragDrop, RowsDroppedOnABranchMoveThereAsOneStep)
     Command(ID_AS_EDIT_UNDO);
     EXPECT_TRUE(Item(L"Plant/Line1", L"Count"));
     EXPECT_FALSE(Item(L"Plant/Line2", L"Count"));
+    EXPECT_EQ(TreeView_GetSelection(Tree()), Node(L"Plant/Line1")) << "undo shows where they came back to";
     EXPECT_FALSE(Dirty());
 }
 

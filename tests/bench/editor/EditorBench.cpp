@@ -10,6 +10,8 @@
 //     and all results, for part of a name and for a pattern,
 //   - copy and paste of the 10,000 rows (into their own branch, so every
 //     name gets the next free number), duplicate x10,000 through its dialog,
+//   - a drag of the 10,000 rows onto the root's node (the move and the
+//     views' update after the drop),
 //   - undo and redo of deleting the 10,000-item branch.
 // Prints one figure per line, the targets, and the ratio of the editor's own
 // time to the load.
@@ -216,7 +218,32 @@ int main(int argc, char** argv)
         const int duplicatedRows = ListView_GetItemCount(frame.List());
         Command(frame, ID_AS_EDIT_UNDO);
 
-        // Delete the selected Big branch from the tree, then undo and redo.
+        // Drag all rows of Big onto the root's node with the mouse messages of
+        // a drag, then take the move back.
+        ::SetFocus(frame.List());
+        ListView_SetItemState(frame.List(), -1, LVIS_SELECTED, LVIS_SELECTED);
+        RECT row = {};
+        ListView_GetItemRect(frame.List(), 0, &row, LVIR_LABEL);
+        const POINT press = {row.left + 5, (row.top + row.bottom) / 2};
+        ::PostMessageW(frame.List(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(press.x, press.y));
+        ::PostMessageW(frame.List(), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(press.x + 40, press.y + 40));
+        Pump();
+        const bool dragging = frame.Dragging();
+        RECT node = {};
+        TreeView_GetItemRect(frame.Tree(), TreeView_GetRoot(frame.Tree()), &node, TRUE);
+        POINT drop = {(node.left + node.right) / 2, (node.top + node.bottom) / 2};
+        ::MapWindowPoints(frame.Tree(), frame, &drop, 1);
+        const double moveStart = Seconds();
+        ::PostMessageW(frame, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(drop.x, drop.y));
+        ::PostMessageW(frame, WM_LBUTTONUP, 0, MAKELPARAM(drop.x, drop.y));
+        Pump();
+        ::UpdateWindow(frame);
+        const double move = Seconds() - moveStart;
+        const size_t movedToRoot = frame.Document().Model()->RootBranch()->ItemCount();
+        Command(frame, ID_AS_EDIT_UNDO);
+
+        // Delete the Big branch from the tree, then undo and redo.
+        TreeView_SelectItem(frame.Tree(), big);
         ::SetFocus(frame.Tree());
         Command(frame, ID_AS_EDIT_DELETE);
         const bool deleted = !frame.Document().Model()->RootBranch()->FindBranch(L"Big");
@@ -235,6 +262,7 @@ int main(int argc, char** argv)
         Print("copy_10000_rows_seconds", copy, kTargetOther);
         Print("paste_10000_rows_seconds", paste, kTargetOther);
         Print("duplicate_x10000_seconds", duplicate, kTargetOther);
+        Print("drag_move_10000_rows_seconds", move, kTargetOther);
         Print("undo_delete_10000_item_branch_seconds", undo, kTargetUndo);
         Print("redo_delete_10000_item_branch_seconds", redo, kTargetOther);
         std::printf("editor_to_load_ratio %.3f\n", show / load);
@@ -250,6 +278,10 @@ int main(int argc, char** argv)
         }
         if (pastedRows != 2 * kBigItems || duplicatedRows != 2 * kBigItems) {
             std::fprintf(stderr, "paste showed %d rows, duplicate %d\n", pastedRows, duplicatedRows);
+            status = 1;
+        }
+        if (!dragging || movedToRoot != static_cast<size_t>(kBigItems)) {
+            std::fprintf(stderr, "drag started %d, %zu items moved to the root\n", dragging, movedToRoot);
             status = 1;
         }
         if (!deleted || !redone || undoneRows != kBigItems) {
