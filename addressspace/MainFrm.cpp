@@ -5,7 +5,6 @@
 #include <windowsx.h>
 
 #include <algorithm>
-#include <unordered_set>
 
 #include "addressspace/AddBranchCommand.h"
 #include "addressspace/AddItemCommand.h"
@@ -15,12 +14,8 @@
 #include "addressspace/EditorTexts.h"
 #include "addressspace/DeleteBranchCommand.h"
 #include "addressspace/DeleteItemsCommand.h"
-#include "addressspace/DuplicateCommand.h"
-#include "addressspace/NameNumbering.h"
-#include "addressspace/dlgDuplicate.h"
 #include "addressspace/EditMenu.h"
 #include "addressspace/EditorPlace.h"
-#include "addressspace/dlgFind.h"
 #include "addressspace/ItemPropertiesCommand.h"
 #include "addressspace/RenameBranchCommand.h"
 #include "addressspace/ReplaceModelCommand.h"
@@ -789,154 +784,6 @@ void CMainFrame::OnFileReload()
 }
 
 // ---- Edit commands ----------------------------------------------------------
-
-void CMainFrame::OnEditUndo()
-{
-    Log(3, "CMainFrame::OnEditUndo" + MV_POS());
-    CL::RunReported([this] {
-        CL::CWaitCursor wait;
-        if (const CEditCommand* undone = m_document.Undo())
-            ShowEdit(*undone);
-        else
-            ::MessageBeep(MB_OK);
-    });
-}
-
-void CMainFrame::OnEditRedo()
-{
-    Log(3, "CMainFrame::OnEditRedo" + MV_POS());
-    CL::RunReported([this] {
-        CL::CWaitCursor wait;
-        if (const CEditCommand* redone = m_document.Redo())
-            ShowEdit(*redone);
-        else
-            ::MessageBeep(MB_OK);
-    });
-}
-
-void CMainFrame::OnEditDuplicate()
-{
-    Log(3, "CMainFrame::OnEditDuplicate" + MV_POS());
-    CL::RunReported([this] {
-        const std::vector<size_t> rows = m_list.SelectedRows();
-        if (rows.size() != 1 || !m_listBranch) {
-            ::MessageBeep(MB_OK);   // one item at a time
-            return;
-        }
-        const ItemPtr item = m_rows.ItemAt(rows.front());
-        const BranchPtr branch = m_listBranch;
-        CdlgDuplicate dialog(item->Name(), [&](size_t count) {
-            return CNameNumbering::CountOn(item->Name(), count,
-                                           [&](const std::wstring& name) { return bool(branch->FindItem(name)); });
-        });
-        if (dialog.DoModal(Hwnd()) != IDOK)
-            return;
-        CL::CWaitCursor wait;
-        auto command = std::make_unique<CDuplicateCommand>(item, dialog.count);
-        const CDuplicateCommand& duplicate = *command;
-        ShowEdit(m_document.Execute(std::move(command)));
-        SelectRowsOf(duplicate.Copies());
-    });
-}
-
-void CMainFrame::SelectRowsOf(const std::vector<ItemPtr>& items)
-{
-    std::unordered_set<const COPCItem*> wanted;
-    for (const ItemPtr& item : items)
-        wanted.insert(item.get());
-    const bool all = !wanted.empty() && wanted.size() == m_list.DisplayCount();
-    // One redraw at the end, not one per row (a paste or a drop selects thousands).
-    ::SendMessageW(m_list, WM_SETREDRAW, FALSE, 0);
-    ListView_SetItemState(m_list, -1, all ? LVIS_SELECTED : 0, LVIS_SELECTED | LVIS_FOCUSED);
-    int focus = all ? 0 : -1;
-    for (size_t display = 0; !all && display < m_list.DisplayCount(); ++display) {
-        if (!wanted.count(m_rows.ItemAt(m_list.SourceRowAt(display)).get()))
-            continue;
-        ListView_SetItemState(m_list, static_cast<int>(display), LVIS_SELECTED, LVIS_SELECTED);
-        if (focus < 0)
-            focus = static_cast<int>(display);
-    }
-    if (focus >= 0)
-        ListView_SetItemState(m_list, focus, LVIS_FOCUSED, LVIS_FOCUSED);
-    ::SendMessageW(m_list, WM_SETREDRAW, TRUE, 0);
-    ::InvalidateRect(m_list, nullptr, FALSE);
-    if (focus >= 0)
-        ListView_EnsureVisible(m_list, focus, FALSE);
-}
-
-void CMainFrame::OnEditFind()
-{
-    Log(3, "CMainFrame::OnEditFind" + MV_POS());
-    CL::RunReported([this] {
-        std::unique_ptr<CAddressSpaceSearch> search;
-        {
-            CL::CWaitCursor wait;
-            search = std::make_unique<CAddressSpaceSearch>(*m_document.Model());
-        }
-        CdlgFind dialog(*search);
-        dialog.query = m_find.Query();
-        if (dialog.DoModal(Hwnd()) != IDOK)
-            return;
-        const CAddressSpaceSearch::Entry& entry = search->At(dialog.matches.at(dialog.chosen));
-        ShowMatch(entry);
-        m_find.Set(dialog.query, entry);
-    });
-}
-
-void CMainFrame::OnEditFindNext(bool forward)
-{
-    Log(3, "CMainFrame::OnEditFindNext" + MV_POS());
-    if (!m_find.HasQuery()) {
-        OnEditFind();
-        return;
-    }
-    CL::RunReported([this, forward] {
-        CL::CWaitCursor wait;
-        if (const auto entry = m_find.Step(*m_document.Model(), forward))
-            ShowMatch(*entry);
-        else
-            ::MessageBeep(MB_OK);
-    });
-}
-
-void CMainFrame::ShowMatch(const CAddressSpaceSearch::Entry& entry)
-{
-    const HTREEITEM node = CBranchTree::NodeOf(m_tree, entry.branch.get());
-    if (!node)
-        throw CL::CException(E_POINTER, L"CMainFrame::ShowMatch");
-    TreeView_EnsureVisible(m_tree, node);
-    if (TreeView_GetSelection(m_tree) != node)
-        TreeView_SelectItem(m_tree, node);   // the selection change fills the list
-    if (!entry.item) {
-        ::SetFocus(m_tree);
-        return;
-    }
-    for (size_t row = 0; row < m_rows.RowCount(); ++row) {
-        if (m_rows.ItemAt(row).get() == entry.item.get()) {
-            m_list.Select(row, true);
-            break;
-        }
-    }
-    ::SetFocus(m_list);
-}
-
-void CMainFrame::ShowEdit(const CEditCommand& command)
-{
-    if (CBranchTree::BranchOf(m_tree, RootNode()) != m_document.Model()->RootBranch().get()) {
-        ClearViews();   // another model: every node goes
-        FillViews();
-    } else {
-        CBranchTree::Sync(m_tree, RootNode(), *m_document.Model()->RootBranch());
-    }
-    HTREEITEM node = CBranchTree::NodeOf(m_tree, command.TouchedBranch());
-    if (!node)
-        node = RootNode();
-    TreeView_EnsureVisible(m_tree, node);
-    if (TreeView_GetSelection(m_tree) != node)
-        TreeView_SelectItem(m_tree, node);   // the selection change fills the list
-    else
-        FillList(CBranchTree::BranchOf(m_tree, node));
-}
 
 void CMainFrame::OnEditNewBranch()
 {
