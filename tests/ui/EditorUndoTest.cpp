@@ -343,3 +343,23 @@ TEST_F(EditorUndo, AFailingRedoIsReportedAndLeavesModelViewsFlagAndHistory)
     EXPECT_EQ(F().Document().History().UndoCount(), 0u);
     EXPECT_EQ(Children(L"Plant"), (Names{L"Line1", L"Line2"})) << "the views as they were";
 }
+
+TEST_F(EditorUndo, AFailingUndoIsReportedAndLeavesModelViewsFlagAndHistory)
+{
+    SelectBranch(L"Plant");
+    DialogScript add({Fill(L"Add Branch", IDC_BRANCH_NAME, L"Line3")});
+    Command(ID_AS_EDIT_NEW_BRANCH);
+    ASSERT_TRUE(add.Finished()) << Report(add);
+    // The branch is gone already (taken out behind the editor's back): the undo cannot take it out.
+    F().Document().Model()->RootBranch()->FindBranch(L"Plant")->RemoveBranch(L"Line3");
+    const std::string before = Xml();
+    test::MessageBoxAnswerer answerer;
+    Command(ID_AS_EDIT_UNDO);
+    ASSERT_EQ(answerer.Seen().size(), 1u) << "the error report";
+    EXPECT_EQ(answerer.Seen()[0].title, L"CException");
+    EXPECT_EQ(Xml(), before);
+    EXPECT_TRUE(Dirty());
+    EXPECT_EQ(F().Document().History().UndoCount(), 1u) << "the step stays to be undone";
+    EXPECT_EQ(F().Document().History().RedoCount(), 0u);
+    EXPECT_EQ(Children(L"Plant"), (Names{L"Line1", L"Line2", L"Line3"})) << "the views as they were";
+}
