@@ -363,3 +363,28 @@ TEST_F(EditorUndo, AFailingUndoIsReportedAndLeavesModelViewsFlagAndHistory)
     EXPECT_EQ(F().Document().History().RedoCount(), 0u);
     EXPECT_EQ(Children(L"Plant"), (Names{L"Line1", L"Line2", L"Line3"})) << "the views as they were";
 }
+
+TEST_F(EditorUndo, ReloadKeepsTheExpandedBranchesAndTheSelectedBranchAndRows)
+{
+    SelectBranch(L"Plant/Line1");
+    FocusList();
+    SelectRows({L"Label", L"Speed"});
+    DialogScript save({{L"Save", [](HWND box) { test::ClickButton(box, IDYES); }}});
+    Command(ID_AS_FILE_SAVE);
+    ASSERT_TRUE(save.Finished()) << Report(save);
+    Command(ID_AS_FILE_RELOAD);   // unchanged: reloads without asking
+    EXPECT_NE(TreeView_GetItemState(Tree(), Node(L"Plant"), TVIS_EXPANDED) & TVIS_EXPANDED, 0u);
+    EXPECT_EQ(TreeView_GetSelection(Tree()), Node(L"Plant/Line1"));
+    EXPECT_EQ(Column(0), (Names{L"Count", L"Label", L"Speed"}));
+    EXPECT_EQ(ListView_GetSelectedCount(List()), 2u);
+    EXPECT_EQ(ListView_GetNextItem(List(), -1, LVNI_SELECTED), LineOf(L"Label"));
+}
+
+TEST_F(EditorUndo, AfterAReloadWithoutTheSelectedBranchItsNearestParentIsSelected)
+{
+    SelectBranch(L"Plant/Line2");
+    test::WriteFileBytes(exchangeFile, "<Morvane_OPCDAAddressSpace Name=\"\"><Branch Name=\"Plant\"></Branch>"
+                                       "</Morvane_OPCDAAddressSpace>");
+    Command(ID_AS_FILE_RELOAD);
+    EXPECT_EQ(TreeView_GetSelection(Tree()), Node(L"Plant"));
+}
