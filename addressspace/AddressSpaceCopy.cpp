@@ -7,16 +7,6 @@ namespace {
 using BranchPtr = CSmartPtr<COPCServerAddressSpaceBranch>;
 using ItemPtr = CSmartPtr<COPCItem>;
 
-ItemPtr CopyItem(const COPCItem& item)
-{
-    ItemPtr copy = ItemPtr::Make(item.AccessRights(), item.ScanRate(), item.Archive(), item.Quality(),
-                                 item.CanonicalDataType(), item.Owner());
-    copy->Rename(item.Name().c_str());
-    copy->SetValue(item.Value());
-    copy->SetValueTime(item.ValueTime());
-    return copy;
-}
-
 void CopyChildren(const COPCServerAddressSpaceBranch& from, COPCServerAddressSpaceBranch& to)
 {
     for (const ItemPtr& item : from.Items())
@@ -29,6 +19,23 @@ void CopyChildren(const COPCServerAddressSpaceBranch& from, COPCServerAddressSpa
 }
 
 } // namespace
+
+CSmartPtr<COPCItem> CopyItem(const COPCItem& item)
+{
+    ItemPtr copy = ItemPtr::Make(item.AccessRights(), item.ScanRate(), item.Archive(), item.Quality(),
+                                 item.CanonicalDataType(), item.Owner());
+    copy->Rename(item.Name().c_str());
+    copy->SetValue(item.Value());
+    copy->SetValueTime(item.ValueTime());
+    return copy;
+}
+
+CSmartPtr<COPCServerAddressSpaceBranch> CopyBranch(const COPCServerAddressSpaceBranch& branch)
+{
+    BranchPtr copy = BranchPtr::Make(branch.Name());
+    CopyChildren(branch, *copy);
+    return copy;
+}
 
 CSmartPtr<COPCServerAddressSpace> CopyAddressSpace(const COPCServerAddressSpace& space)
 {

@@ -8,5 +8,11 @@
 namespace CL {
 
 CSmartPtr<COPCServerAddressSpace> CopyAddressSpace(const COPCServerAddressSpace& space);
+// A new item with the item's name, settings, value, quality and time, in no
+// branch.
+CSmartPtr<COPCItem> CopyItem(const COPCItem& item);
+// A new branch of the same name with copies of everything under it, in no
+// branch.
+CSmartPtr<COPCServerAddressSpaceBranch> CopyBranch(const COPCServerAddressSpaceBranch& branch);
 
 } // namespace CL

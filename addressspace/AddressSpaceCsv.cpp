@@ -32,19 +32,30 @@ std::wstring ValueText(const COPCItem& item)
     return VariantToString(value, kLocaleSystemDefault, kArraySeparator);
 }
 
+std::wstring Header(wchar_t separator)
+{
+    return DelimitedRecord(std::vector<std::wstring>(std::begin(kCsvColumns), std::end(kCsvColumns)), separator);
+}
+
+std::wstring ItemRecord(const COPCItem& item, const std::vector<std::wstring>& names, wchar_t separator)
+{
+    return DelimitedRecord({JoinItemPath(names), VarTypeToString(item.CanonicalDataType()), ValueText(item),
+                   item.Readable() ? L"1" : L"0", item.Writable() ? L"1" : L"0", item.Archive() ? L"1" : L"0",
+                   std::to_wstring(item.ScanRate())},
+                  separator);
+}
+
 void ExportBranch(const COPCServerAddressSpaceBranch& branch, std::vector<std::wstring>& names,
-                  std::wstring& out)
+                  std::wstring& out, wchar_t separator = L',')
 {
     for (const ItemPtr& item : branch.Items()) {
         names.push_back(item->Name());
-        out += CsvRecord({JoinItemPath(names), VarTypeToString(item->CanonicalDataType()), ValueText(*item),
-                          item->Readable() ? L"1" : L"0", item->Writable() ? L"1" : L"0",
-                          item->Archive() ? L"1" : L"0", std::to_wstring(item->ScanRate())});
+        out += ItemRecord(*item, names, separator);
         names.pop_back();
     }
     for (const BranchPtr& child : branch.Branches()) {
         names.push_back(child->Name());
-        ExportBranch(*child, names, out);
+        ExportBranch(*child, names, out, separator);
         names.pop_back();
     }
 }
@@ -140,8 +151,25 @@ HeaderMap ReadHeader(const CsvRow& header)
     return map;
 }
 
+// A value of a type with a fraction, written with a decimal comma, in the
+// form the conversion reads (the system's decimal mark).
+std::wstring WithDecimalPoint(std::wstring text, VARTYPE dataType)
+{
+    const VARTYPE base = dataType & VT_TYPEMASK;
+    if (base != VT_R4 && base != VT_R8 && base != VT_CY)
+        return text;
+    wchar_t mark[8] = L".";
+    if (::GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_SDECIMAL, mark, 8) == 0 || mark[0] == L'\0')
+        return text;
+    for (wchar_t& c : text)
+        if (c == L',')
+            c = mark[0];
+    return text;
+}
+
 // The item of one record, or the reason it cannot be taken.
-std::wstring ReadItem(const CsvRow& row, const HeaderMap& map, const CsvItemDefaults& defaults, CsvItem& item)
+std::wstring ReadItem(const CsvRow& row, const HeaderMap& map, const CsvItemDefaults& defaults, bool decimalComma,
+                      CsvItem& item)
 {
     if (!row.error.empty())
         return Format(L"malformed quotes: %ls", row.error.c_str());
@@ -191,7 +219,8 @@ std::wstring ReadItem(const CsvRow& row, const HeaderMap& map, const CsvItemDefa
         return std::wstring();
     }
     try {
-        item.value = StringToVariant(WithCrLf(*value), item.dataType, kLocaleSystemDefault, kArraySeparator);
+        const std::wstring text = decimalComma ? WithDecimalPoint(*value, item.dataType) : *value;
+        item.value = StringToVariant(WithCrLf(text), item.dataType, kLocaleSystemDefault, kArraySeparator);
     } catch (const CException&) {
         return Format(L"the value \"%ls\" does not convert to %ls", value->c_str(),
                       VarTypeToString(item.dataType).c_str());
@@ -271,9 +300,25 @@ bool SplitItemPath(std::wstring_view path, std::vector<std::wstring>& names, std
     return true;
 }
 
+std::wstring TabSeparatedItems(const std::vector<CSmartPtr<COPCItem>>& items)
+{
+    std::wstring text = Header(L'\t');
+    for (const ItemPtr& item : items)
+        text += ItemRecord(*item, {item->Name()}, L'\t');
+    return text;
+}
+
+std::wstring TabSeparatedBranch(const COPCServerAddressSpaceBranch& branch)
+{
+    std::wstring text = Header(L'\t');
+    std::vector<std::wstring> names{branch.Name()};
+    ExportBranch(branch, names, text, L'\t');
+    return text;
+}
+
 std::string ExportAddressSpaceCsv(const COPCServerAddressSpace& space)
 {
-    std::wstring text = CsvRecord(std::vector<std::wstring>(std::begin(kCsvColumns), std::end(kCsvColumns)));
+    std::wstring text = Header(L',');
     std::vector<std::wstring> names;
     ExportBranch(*space.RootBranch(), names, text);
     return kUtf8Bom + ToUtf8(text);
@@ -286,25 +331,39 @@ CsvImportPlan ReadAddressSpaceCsv(std::string_view bytes, const CsvItemDefaults&
     if (!bytes.empty() && ::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(),
                                                 static_cast<int>(bytes.size()), nullptr, 0) == 0)
         throw CException(E_INVALIDARG, L"The CSV file is not UTF-8 text.");
-    const std::wstring text = FromUtf8(bytes);
-    CCsvReader reader(text);
+    return ReadAddressSpaceCsvText(FromUtf8(bytes), defaults);
+}
+
+CsvImportPlan ReadAddressSpaceCsvText(std::wstring_view text, const CsvItemDefaults& defaults)
+{
+    const wchar_t separator = DetectCsvSeparator(text);
+    CCsvReader reader(text, separator);
     CsvRow row;
     if (!reader.Next(row))
         throw CException(E_INVALIDARG, L"The CSV file is empty: its first line must name the columns.");
     const HeaderMap map = ReadHeader(row);
     CsvImportPlan plan;
+    plan.separator = separator;
     while (reader.Next(row)) {
         if (row.error.empty() && row.fields.size() == 1 && row.fields[0].empty())
             continue;   // a blank line
         CsvItem item;
         item.line = row.line;
-        const std::wstring reason = ReadItem(row, map, defaults, item);
+        const std::wstring reason = ReadItem(row, map, defaults, separator != L',', item);
         if (reason.empty())
             plan.items.push_back(std::move(item));
         else
             plan.rejected.push_back({row.line, reason});
     }
     return plan;
+}
+
+CSmartPtr<COPCItem> NewCsvItem(const CsvItem& entry, const std::wstring& name, const FILETIME& now)
+{
+    ItemPtr item = ItemPtr::Make(DWORD(0), entry.scanRate, entry.archive, WORD(192), entry.dataType, nullptr);
+    item->Rename(name.c_str());
+    ApplyValues(*item, entry, now);
+    return item;
 }
 
 CsvImportResult ApplyCsvImport(const CsvImportPlan& plan, COPCServerAddressSpace& space, bool updateExisting)
@@ -323,10 +382,7 @@ CsvImportResult ApplyCsvImport(const CsvImportPlan& plan, COPCServerAddressSpace
             ++result.updated;
             continue;
         }
-        ItemPtr item = ItemPtr::Make(DWORD(0), entry.scanRate, entry.archive, WORD(192), entry.dataType, nullptr);
-        item->Rename(entry.name.c_str());
-        ApplyValues(*item, entry, now);
-        branch->AddItem(item);
+        branch->AddItem(NewCsvItem(entry, entry.name, now));
         ++result.added;
     }
     return result;

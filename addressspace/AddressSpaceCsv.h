@@ -31,6 +31,13 @@ extern const wchar_t* const kCsvColumns[7];
 // when an item's value cannot be turned into text.
 std::string ExportAddressSpaceCsv(const COPCServerAddressSpace& space);
 
+// Items as the clipboard holds them for a spreadsheet: the same header and
+// columns, fields separated by tabs, CR LF between records, no byte order
+// mark. The rows' paths are their names; a branch's rows' paths start with
+// the branch's own name.
+std::wstring TabSeparatedItems(const std::vector<CSmartPtr<COPCItem>>& items);
+std::wstring TabSeparatedBranch(const COPCServerAddressSpaceBranch& branch);
+
 // A path split into its names ("\." and "\\" taken back); false with the
 // reason for an empty name or an escape other than those two.
 bool SplitItemPath(std::wstring_view path, std::vector<std::wstring>& names, std::wstring& reason);
@@ -67,13 +74,19 @@ struct CsvRejectedLine {
 struct CsvImportPlan {
     std::vector<CsvItem> items;
     std::vector<CsvRejectedLine> rejected;
+    // The separator the text was read with (',', ';' or a tab). With ';'
+    // or a tab, a decimal comma in a VT_R4, VT_R8 or VT_CY value (or an
+    // array of them) was read as the decimal point.
+    wchar_t separator = L',';
 };
 
 // Reads the file's bytes (UTF-8, with or without a byte order mark) into a
-// plan. A file that is not UTF-8 text, has no header, or whose header lacks
+// plan. The separator is judged from the header line (DetectCsvSeparator). A file that is not UTF-8 text, has no header, or whose header lacks
 // "Path" or names a column twice throws CException: nothing in it can be
 // taken.
 CsvImportPlan ReadAddressSpaceCsv(std::string_view bytes, const CsvItemDefaults& defaults = {});
+// The same for text that is already wide (the clipboard's).
+CsvImportPlan ReadAddressSpaceCsvText(std::wstring_view text, const CsvItemDefaults& defaults = {});
 
 struct CsvImportResult {
     size_t added = 0;
@@ -81,6 +94,10 @@ struct CsvImportResult {
     size_t leftAlone = 0;   // existing items not updated
     size_t branchesCreated = 0;
 };
+
+// A new item of the record under the given name, with quality 192 (good)
+// and the given time.
+CSmartPtr<COPCItem> NewCsvItem(const CsvItem& entry, const std::wstring& name, const FILETIME& now);
 
 // Applies the plan's items to the address space in file order: the branches
 // along each path are created as needed, new items added with quality 192

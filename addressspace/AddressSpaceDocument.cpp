@@ -10,3 +10,30 @@ void CAddressSpaceDocument::SetModel(ModelPtr model)
         throw CL::CException(E_POINTER, L"CAddressSpaceDocument::SetModel");
     m_model = std::move(model);
 }
+
+void CAddressSpaceDocument::SetDirty(bool dirty)
+{
+    m_history.Reset(!dirty);
+    m_dirty = dirty;
+}
+
+CEditCommand& CAddressSpaceDocument::Execute(std::unique_ptr<CEditCommand> command)
+{
+    CEditCommand& done = m_history.Execute(std::move(command));
+    m_dirty = !m_history.IsClean();
+    return done;
+}
+
+CEditCommand* CAddressSpaceDocument::Undo()
+{
+    CEditCommand* undone = m_history.Undo();
+    m_dirty = !m_history.IsClean();
+    return undone;
+}
+
+CEditCommand* CAddressSpaceDocument::Redo()
+{
+    CEditCommand* redone = m_history.Redo();
+    m_dirty = !m_history.IsClean();
+    return redone;
+}

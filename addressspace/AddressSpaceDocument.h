@@ -1,10 +1,14 @@
 #pragma once
 // CAddressSpaceDocument: the editor's state, owned by the address space
-// editor window: the address space being edited and the dirty flag. The
+// editor window: the address space being edited, the history of its edits
+// and the dirty flag. The
 // window attaches itself as the views while it exists, so that a reload
 // started elsewhere (the tray after the options changed) can empty and
 // refill it.
+#include <memory>
+
 #include "addressspace/AddressSpaceViews.h"
+#include "addressspace/EditHistory.h"
 #include "addressspace/OPCServerAddressSpace.h"
 #include "common/SmartPtr.h"
 
@@ -20,9 +24,23 @@ public:
     // released (and dies unless someone else holds it).
     void SetModel(ModelPtr model);
 
-    // Set by every edit, cleared after loading from or saving to the server.
+    // Set by every edit, cleared after loading from or saving to the server
+    // and when undo or redo comes back to that state.
     bool IsDirty() const noexcept { return m_dirty; }
-    void SetDirty(bool dirty = true) noexcept { m_dirty = dirty; }
+    // Both start a fresh history. False: the address space now matches the
+    // server's (loaded or saved), and that is the history's clean state.
+    // True: it was replaced outside the history (New, Open), no state of
+    // the fresh history matches the server's.
+    void SetDirty(bool dirty = true);
+
+    // Runs the edit and records it in the history; the dirty flag follows.
+    // A failing edit throws and changes neither model, history nor flag.
+    CEditCommand& Execute(std::unique_ptr<CEditCommand> command);
+    // Takes back the last edit, or makes the last undone one again; returns
+    // it (null when there was none). The dirty flag follows.
+    CEditCommand* Undo();
+    CEditCommand* Redo();
+    const CEditHistory& History() const noexcept { return m_history; }
 
     // The window showing the document, or null while there is none.
     IAddressSpaceViews* Views() const noexcept { return m_views; }
@@ -30,6 +48,7 @@ public:
 
 private:
     ModelPtr m_model;
+    CEditHistory m_history;
     bool m_dirty = false;
     IAddressSpaceViews* m_views = nullptr;
 };

@@ -6,8 +6,19 @@
 
 #include <algorithm>
 
+#include "addressspace/AddBranchCommand.h"
+#include "addressspace/AddItemCommand.h"
 #include "addressspace/AddressSpaceCopy.h"
 #include "addressspace/AddressSpaceCsv.h"
+#include "addressspace/BranchTree.h"
+#include "addressspace/EditorTexts.h"
+#include "addressspace/DeleteBranchCommand.h"
+#include "addressspace/DeleteItemsCommand.h"
+#include "addressspace/EditMenu.h"
+#include "addressspace/EditorPlace.h"
+#include "addressspace/ItemPropertiesCommand.h"
+#include "addressspace/RenameBranchCommand.h"
+#include "addressspace/ReplaceModelCommand.h"
 #include "addressspace/ItemId.h"
 #include "addressspace/NoCaseLess.h"
 #include "addressspace/dlgAddBranch.h"
@@ -20,6 +31,7 @@
 #include "common/Handle.h"
 #include "common/Text.h"
 #include "common/Util_Variant.h"
+#include "common/ui/OverwriteQuestion.h"
 #include "common/ui/WaitCursor.h"
 #include "res/resource.h"
 
@@ -30,10 +42,6 @@ constexpr wchar_t kOverwriteQuestion[] = L"Are you sure you want to overwrite th
 constexpr wchar_t kReloadQuestion[] =
     L"Do you want to overwrite your changes with the current configuration of the server?";
 constexpr wchar_t kSaveChangesQuestion[] = L"Do you want to save your changes?";
-constexpr wchar_t kDuplicateBranch[] =
-    L"Another branch with the same name exists on the same level. Please, enter unique name.";
-constexpr wchar_t kDuplicateItem[] =
-    L"Another OPC item with the same name exists on the same level. Please, enter unique item name.";
 constexpr wchar_t kFileFilter[] = L"XML files (*.xml)\0*.xml\0All files (*.*)\0*.*\0";
 constexpr wchar_t kCsvFilter[] = L"CSV files (*.csv)\0*.csv\0All files (*.*)\0*.*\0";
 constexpr WORD kGoodQuality = 192;
@@ -54,17 +62,22 @@ bool HasExtension(const std::wstring& path)
     return path.find(L'.', slash == std::wstring::npos ? 0 : slash + 1) != std::wstring::npos;
 }
 
+// Appends the extension when no extension was typed and the first filter
+// was in use; false when that names a file that exists and the user does
+// not want it replaced (the dialog's own question saw only the typed name).
+bool CompletedName(HWND owner, std::wstring& path, DWORD filterIndex, const wchar_t* extension,
+                   const wchar_t* caption)
+{
+    if (filterIndex != 1 || HasExtension(path))
+        return true;
+    path += extension;
+    return CL::MayOverwrite(owner, path, caption);
+}
+
 std::wstring FolderOf(const std::wstring& path)
 {
     const size_t slash = path.find_last_of(L"\\/");
     return slash == std::wstring::npos ? std::wstring() : path.substr(0, slash);
-}
-
-int CALLBACK CompareBranchNodes(LPARAM a, LPARAM b, LPARAM /*unused*/)
-{
-    const auto* left = reinterpret_cast<const COPCServerAddressSpaceBranch*>(a);
-    const auto* right = reinterpret_cast<const COPCServerAddressSpaceBranch*>(b);
-    return _wcsicmp(left->Name().c_str(), right->Name().c_str());
 }
 
 const std::vector<CL::ToolButton>& ToolButtons()
@@ -132,6 +145,14 @@ bool CMainFrame::PreTranslateMessage(MSG& msg)
         return false;
     if (msg.hwnd != Hwnd() && !::IsChild(Hwnd(), msg.hwnd))
         return false;
+    if (EditingLabel(msg.hwnd))
+        return false;   // Del, Ctrl+C ... belong to the name being typed
+    if (m_drag.active && msg.message == WM_KEYDOWN && msg.wParam == VK_ESCAPE) {
+        EndDrag();   // Esc cancels a drag
+        m_drag = DragState();
+        m_bars.SetStatusText(L"");
+        return true;
+    }
     return ::TranslateAcceleratorW(Hwnd(), m_accelerators, &msg) != 0;
 }
 
@@ -168,6 +189,22 @@ LRESULT CMainFrame::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
     case WM_SYSCOLORCHANGE:
         OnSysColorChange();
         return 0;
+    case kRenameMessage:
+        OnRenameMessage();
+        return 0;
+    case WM_MOUSEMOVE:
+        if (m_drag.active)
+            OnDragMove(lParam);
+        return 0;
+    case WM_LBUTTONUP:
+        OnDragDrop(wParam, lParam);
+        return 0;
+    case WM_CAPTURECHANGED:
+        if (m_drag.active && reinterpret_cast<HWND>(lParam) != Hwnd()) {
+            EndDrag();   // another window took the mouse: the drag is over
+            m_drag = DragState();
+        }
+        return 0;
     case WM_CONTEXTMENU:
         OnContextMenu(reinterpret_cast<HWND>(wParam), lParam);
         return 0;
@@ -190,12 +227,12 @@ LRESULT CMainFrame::OnCreate()
             CL::ThrowLastError(L"m_splitter.Create");
         m_tree = ::CreateWindowExW(WS_EX_CLIENTEDGE, WC_TREEVIEWW, L"",
                                    WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
-                                       TVS_LINESATROOT | TVS_SHOWSELALWAYS,
+                                       TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_EDITLABELS,
                                    0, 0, 0, 0, m_splitter, reinterpret_cast<HMENU>(IDC_EDITOR_TREE),
                                    CL::ModuleInstance(), nullptr);
         if (!m_tree)
             CL::ThrowLastError(L"m_tree.Create");
-        if (!m_list.Create(m_splitter, IDC_EDITOR_LIST, WS_TABSTOP))
+        if (!m_list.Create(m_splitter, IDC_EDITOR_LIST, WS_TABSTOP | LVS_EDITLABELS))
             CL::ThrowLastError(L"m_list.Create");
         m_list.SetColumns(CItemRows::Columns());
         m_list.SetRows(&m_rows);
@@ -269,6 +306,16 @@ void CMainFrame::OnCommand(WORD id)
     case ID_AS_FILE_RELOAD: OnFileReload(); break;
     case ID_AS_FILE_EXPORT_CSV: OnFileExportCsv(); break;
     case ID_AS_FILE_IMPORT_CSV: OnFileImportCsv(); break;
+    case ID_AS_EDIT_UNDO: OnEditUndo(); break;
+    case ID_AS_EDIT_REDO: OnEditRedo(); break;
+    case ID_AS_EDIT_CUT: OnEditCut(); break;
+    case ID_AS_EDIT_COPY: OnEditCopy(); break;
+    case ID_AS_EDIT_PASTE: OnEditPaste(); break;
+    case ID_AS_EDIT_DUPLICATE: OnEditDuplicate(); break;
+    case ID_AS_EDIT_RENAME: OnEditRename(); break;
+    case ID_AS_EDIT_FIND: OnEditFind(); break;
+    case ID_AS_EDIT_FIND_NEXT: OnEditFindNext(true); break;
+    case ID_AS_EDIT_FIND_PREVIOUS: OnEditFindNext(false); break;
     case ID_AS_EDIT_NEW_BRANCH: OnEditNewBranch(); break;
     case ID_AS_EDIT_NEW_ITEM: OnEditNewItem(); break;
     case ID_AS_EDIT_DELETE: OnEditDelete(); break;
@@ -292,6 +339,14 @@ LRESULT CMainFrame::OnNotify(NMHDR* header)
         case TVN_SELCHANGEDW:
             OnTreeSelChanged(*reinterpret_cast<NMTREEVIEWW*>(header));
             return 0;
+        case TVN_BEGINDRAGW:
+            OnTreeBeginDrag(*reinterpret_cast<NMTREEVIEWW*>(header));
+            return 0;
+        case TVN_BEGINLABELEDITW:
+            return OnTreeBeginLabelEdit(*reinterpret_cast<NMTVDISPINFOW*>(header));
+        case TVN_ENDLABELEDITW:
+            OnTreeEndLabelEdit(*reinterpret_cast<NMTVDISPINFOW*>(header));
+            return FALSE;   // the rename sets the node's text
         case TVN_DELETEITEMW:
             // Each node holds a reference to its branch.
             if (auto* branch = reinterpret_cast<COPCServerAddressSpaceBranch*>(
@@ -323,6 +378,12 @@ LRESULT CMainFrame::OnNotify(NMHDR* header)
             if (reinterpret_cast<NMITEMACTIVATE*>(header)->iItem >= 0)
                 OnEditProperties();
             return 0;
+        case LVN_BEGINDRAG:
+            OnListBeginDrag();
+            return 0;
+        case LVN_ENDLABELEDITW:
+            OnListEndLabelEdit(*reinterpret_cast<NMLVDISPINFOW*>(header));
+            return FALSE;   // the row shows the model's name
         case NM_SETFOCUS:
             m_lastFocus = m_list;
             return 0;
@@ -355,6 +416,12 @@ void CMainFrame::OnInitMenuPopup(HMENU menu)
     enable(ID_AS_EDIT_DELETE, canEdit);
     enable(ID_AS_EDIT_PROPERTIES, canEdit);
     enable(ID_AS_EDIT_HISTORY, hasItem);
+    enable(ID_AS_EDIT_DUPLICATE, !inTree && m_list.Hwnd() && m_list.SelectedRows().size() == 1);
+    enable(ID_AS_EDIT_RENAME, canEdit);
+    enable(ID_AS_EDIT_CUT, canEdit);
+    enable(ID_AS_EDIT_COPY, canEdit);
+    enable(ID_AS_EDIT_PASTE, ::IsClipboardFormatAvailable(CF_UNICODETEXT) != FALSE);
+    CEditMenu::Update(menu, m_document.History());
 }
 
 void CMainFrame::OnSysColorChange()
@@ -372,14 +439,7 @@ void CMainFrame::OnSysColorChange()
 
 COPCServerAddressSpaceBranch* CMainFrame::NodeBranch(HWND tree, HTREEITEM node)
 {
-    if (!node)
-        return nullptr;
-    TVITEMW item = {};
-    item.mask = TVIF_PARAM | TVIF_HANDLE;
-    item.hItem = node;
-    if (!TreeView_GetItem(tree, &item))
-        return nullptr;
-    return reinterpret_cast<COPCServerAddressSpaceBranch*>(item.lParam);
+    return CBranchTree::BranchOf(tree, node);
 }
 
 HTREEITEM CMainFrame::SelectedNode() const
@@ -413,43 +473,17 @@ HTREEITEM CMainFrame::TargetNode() const
 
 std::wstring CMainFrame::BranchLabel(const COPCServerAddressSpaceBranch& branch) const
 {
-    if (branch.Parent() == nullptr && branch.Name().empty())
-        return kRootText;
-    return branch.Name();
-}
-
-HTREEITEM CMainFrame::InsertNode(HTREEITEM parentNode, const BranchPtr& branch)
-{
-    std::wstring text = BranchLabel(*branch);
-    TVINSERTSTRUCTW insert = {};
-    insert.hParent = parentNode ? parentNode : TVI_ROOT;
-    insert.hInsertAfter = TVI_LAST;
-    insert.item.mask = TVIF_TEXT | TVIF_PARAM;
-    insert.item.pszText = text.data();
-    insert.item.lParam = reinterpret_cast<LPARAM>(branch.get());
-    const HTREEITEM node = TreeView_InsertItem(m_tree, &insert);
-    if (!node)
-        throw CL::CException(E_FAIL, L"TreeView_InsertItem");
-    branch->AddRef();   // released on TVN_DELETEITEM
-    return node;
-}
-
-void CMainFrame::InsertSubtree(HTREEITEM parentNode, const COPCServerAddressSpaceBranch& branch)
-{
-    for (const BranchPtr& child : branch.Branches())
-        InsertSubtree(InsertNode(parentNode, child), *child);
-}
-
-void CMainFrame::SortChildren(HTREEITEM parentNode)
-{
-    TVSORTCB sort = {};
-    sort.hParent = parentNode;
-    sort.lpfnCompare = &CompareBranchNodes;
-    TreeView_SortChildrenCB(m_tree, &sort, FALSE);
+    return CBranchTree::Label(branch);
 }
 
 void CMainFrame::ClearViews()
 {
+    if (m_tree && TreeView_GetRoot(m_tree)) {
+        std::vector<std::wstring> rows;
+        for (size_t row : m_list.SelectedRows())
+            rows.push_back(m_rows.ItemAt(row)->Name());
+        m_place.Capture(m_tree, std::move(rows));
+    }
     m_clearing = true;
     if (m_tree)
         TreeView_DeleteAllItems(m_tree);
@@ -469,8 +503,8 @@ void CMainFrame::FillViews()
     m_clearing = true;
     HTREEITEM rootNode = nullptr;
     try {
-        rootNode = InsertNode(nullptr, root);
-        InsertSubtree(rootNode, *root);
+        rootNode = CBranchTree::Insert(m_tree, nullptr, root);
+        CBranchTree::InsertSubtree(m_tree, rootNode, *root);
     } catch (...) {
         m_clearing = false;
         ::SendMessageW(m_tree, WM_SETREDRAW, TRUE, 0);
@@ -478,11 +512,23 @@ void CMainFrame::FillViews()
     }
     m_clearing = false;
     TreeView_Expand(m_tree, rootNode, TVE_EXPAND);
+    // The places the user had open before the views were emptied.
+    HTREEITEM selected = m_place.Empty() ? rootNode : m_place.Restore(m_tree);
     ::SendMessageW(m_tree, WM_SETREDRAW, TRUE, 0);
     ::InvalidateRect(m_tree, nullptr, TRUE);
-    TreeView_SelectItem(m_tree, rootNode);
-    if (m_listBranch.get() != root.get())
-        FillList(root.get());
+    TreeView_SelectItem(m_tree, selected);
+    TreeView_EnsureVisible(m_tree, selected);
+    COPCServerAddressSpaceBranch* branch = CBranchTree::BranchOf(m_tree, selected);
+    if (m_listBranch.get() != branch)
+        FillList(branch);
+    if (!m_place.Empty()) {
+        std::vector<ItemPtr> rows;
+        for (size_t row = 0; row < m_rows.RowCount(); ++row)
+            if (m_place.RowSelected(m_rows.ItemAt(row)->Name()))
+                rows.push_back(m_rows.ItemAt(row));
+        SelectRowsOf(rows);
+    }
+    m_place.Clear();
 }
 
 void CMainFrame::FillList(COPCServerAddressSpaceBranch* branch)
@@ -646,11 +692,12 @@ void CMainFrame::OnFileSaveCopy()
         const std::wstring folder = FolderOf(m_exchange.ExchangeFile());
         ofn.lpstrInitialDir = folder.c_str();
         ofn.Flags = OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOREADONLYRETURN;
-        if (!::GetSaveFileNameW(&ofn))
-            return;
-        std::wstring path = m_copyPath;
-        if (ofn.nFilterIndex == 1 && !HasExtension(path))
-            path += L".xml";
+        std::wstring path;
+        do {
+            if (!::GetSaveFileNameW(&ofn))
+                return;
+            path = m_copyPath;
+        } while (!CompletedName(Hwnd(), path, ofn.nFilterIndex, L".xml", L"Save a copy"));
         CL::CWaitCursor wait;
         m_document.Model()->Save(path);
     });
@@ -669,11 +716,12 @@ void CMainFrame::OnFileExportCsv()
         ofn.nMaxFile = static_cast<DWORD>(std::size(m_csvPath));
         ofn.lpstrTitle = L"Export CSV";
         ofn.Flags = OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOREADONLYRETURN;
-        if (!::GetSaveFileNameW(&ofn))
-            return;
-        std::wstring path = m_csvPath;
-        if (ofn.nFilterIndex == 1 && !HasExtension(path))
-            path += L".csv";
+        std::wstring path;
+        do {
+            if (!::GetSaveFileNameW(&ofn))
+                return;
+            path = m_csvPath;
+        } while (!CompletedName(Hwnd(), path, ofn.nFilterIndex, L".csv", L"Export CSV"));
         CL::CWaitCursor wait;
         CL::WriteWholeFile(path, CL::ExportAddressSpaceCsv(*m_document.Model()));
     });
@@ -694,14 +742,10 @@ void CMainFrame::OnFileImportCsv()
         ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
         if (!::GetOpenFileNameW(&ofn))
             return;
-        // Columns the file lacks take what the item dialog offers a new item.
-        const CdlgAddItem fresh;
-        const CL::CsvItemDefaults defaults = {fresh.dataType, fresh.readable, fresh.writable, fresh.archive,
-                                              fresh.scanRate};
         CL::CsvImportPlan plan;
         {
             CL::CWaitCursor wait;
-            plan = CL::ReadAddressSpaceCsv(CL::ReadWholeFile(m_csvPath), defaults);
+            plan = CL::ReadAddressSpaceCsv(CL::ReadWholeFile(m_csvPath), NewItemDefaults());
         }
         CdlgCsvImport report(plan, m_csvPath + ofn.nFileOffset);
         if (report.DoModal(Hwnd()) != IDOK)
@@ -710,11 +754,19 @@ void CMainFrame::OnFileImportCsv()
         CL::CWaitCursor wait;
         auto model = CL::CopyAddressSpace(*m_document.Model());
         const CL::CsvImportResult result = CL::ApplyCsvImport(plan, *model, report.updateExisting);
-        ReplaceModel(std::move(model));
+        ShowEdit(m_document.Execute(std::make_unique<CReplaceModelCommand>(m_document, std::move(model),
+                                                                          L"Import CSV")));
         m_bars.SetStatusText(CL::Format(L"CSV import: %zu item(s) added, %zu updated, %zu left as they were, "
                                         L"%zu branch(es) created. Save sends the address space to the server.",
                                         result.added, result.updated, result.leftAlone, result.branchesCreated));
     });
+}
+
+// Columns the text lacks take what the item dialog offers a new item.
+CL::CsvItemDefaults CMainFrame::NewItemDefaults()
+{
+    const CdlgAddItem fresh;
+    return {fresh.dataType, fresh.readable, fresh.writable, fresh.archive, fresh.scanRate};
 }
 
 void CMainFrame::OnFileReload()
@@ -750,18 +802,17 @@ void CMainFrame::OnEditNewBranch()
                 return;
             if (parent.FindBranch(dialog.name)) {
                 // Whichever button was used, the name is asked again.
-                ShowError(kDuplicateBranch, L"Add Branch");
+                ShowError(kDuplicateBranchText, L"Add Branch");
                 name = dialog.name;
                 continue;
             }
             BranchPtr branch = BranchPtr::Make(dialog.name);
-            parent.AddBranch(branch);
+            m_document.Execute(std::make_unique<CAddBranchCommand>(BranchPtr(&parent), branch));
             if (parentNode) {
-                InsertNode(parentNode, branch);
-                SortChildren(parentNode);
+                CBranchTree::Insert(m_tree, parentNode, branch);
+                CBranchTree::SortChildren(m_tree, parentNode);
                 TreeView_Expand(m_tree, parentNode, TVE_EXPAND);
             }
-            m_document.SetDirty();
             if (result == IDOK)
                 return;
             name.clear();
@@ -782,7 +833,7 @@ void CMainFrame::OnEditNewItem()
             if (result != IDOK && result != IDC_SAVE_AND_NEW)
                 return;
             if (branch.FindItem(dialog.name)) {
-                ShowError(kDuplicateItem, L"Add Item");
+                ShowError(kDuplicateItemText, L"Add Item");
             } else {
                 const DWORD rights = (dialog.readable ? COPCItem::kReadable : 0) |
                                      (dialog.writable ? COPCItem::kWritable : 0);
@@ -791,12 +842,11 @@ void CMainFrame::OnEditNewItem()
                 item->Rename(dialog.name.c_str());
                 item->SetValue(dialog.value);
                 item->SetValueTime(Now());
-                branch.AddItem(item);
+                m_document.Execute(std::make_unique<CAddItemCommand>(BranchPtr(&branch), item));
                 if (&branch == m_listBranch.get()) {
                     m_rows.Append(item);
                     m_list.AppendRow(m_rows.RowCount() - 1);
                 }
-                m_document.SetDirty();
             }
             // Unlike a branch, an item refused after "Save" is dropped: only
             // "Save and Create New" asks again.
@@ -825,9 +875,8 @@ void CMainFrame::DeleteSelectedBranch()
         ::MessageBeep(MB_OK);   // the root stays
         return;
     }
-    branch->Parent()->RemoveBranch(branch->Name());
+    m_document.Execute(std::make_unique<CDeleteBranchCommand>(BranchPtr(branch)));
     TreeView_DeleteItem(m_tree, node);
-    m_document.SetDirty();
 }
 
 void CMainFrame::DeleteSelectedItems()
@@ -835,11 +884,13 @@ void CMainFrame::DeleteSelectedItems()
     const std::vector<size_t> rows = m_list.SelectedRows();
     if (rows.empty() || !m_listBranch)
         return;
+    std::vector<ItemPtr> items;
+    items.reserve(rows.size());
     for (size_t row : rows)
-        m_listBranch->RemoveItem(m_rows.ItemAt(row)->Name());
+        items.push_back(m_rows.ItemAt(row));
+    m_document.Execute(std::make_unique<CDeleteItemsCommand>(m_listBranch, std::move(items)));
     m_rows.Remove(rows);
     m_list.RemoveRows(rows);
-    m_document.SetDirty();
 }
 
 void CMainFrame::OnEditHistory()
@@ -892,21 +943,14 @@ void CMainFrame::BranchProperties()
         if (result != IDOK && result != IDC_SAVE_AND_NEW)
             return;
         if (!EqualNoCase(dialog.name, branch->Name()) && parent.FindBranch(dialog.name)) {
-            ShowError(kDuplicateBranch, L"Add Branch");
+            ShowError(kDuplicateBranchText, L"Add Branch");
             name = dialog.name;
             continue;
         }
-        const std::wstring before = branch->Name();
-        branch->Rename(dialog.name.c_str());
-        if (branch->Name() != before) {
-            std::wstring text = branch->Name();
-            TVITEMW item = {};
-            item.mask = TVIF_TEXT | TVIF_HANDLE;
-            item.hItem = node;
-            item.pszText = text.data();
-            TreeView_SetItem(m_tree, &item);
-            SortChildren(TreeView_GetParent(m_tree, node));
-            m_document.SetDirty();
+        // A change of letter case only changes nothing.
+        if (!EqualNoCase(dialog.name, branch->Name())) {
+            m_document.Execute(std::make_unique<CRenameBranchCommand>(BranchPtr(branch), dialog.name));
+            CBranchTree::Sync(m_tree, TreeView_GetParent(m_tree, node), parent);
         }
         return;
     }
@@ -940,15 +984,17 @@ void CMainFrame::FillItemDialog(CdlgAddItem& dialog, const COPCItem& item) const
     dialog.archive = item.Archive();
 }
 
-void CMainFrame::ApplyItemFields(COPCItem& item, const CdlgAddItem& dialog)
+ItemFields CMainFrame::DialogFields(const CdlgAddItem& dialog)
 {
-    item.SetAccessRights((dialog.readable ? COPCItem::kReadable : 0) | (dialog.writable ? COPCItem::kWritable : 0));
-    item.SetScanRate(dialog.scanRate);
-    item.SetArchive(dialog.archive);
-    item.SetCanonicalDataType(dialog.dataType);
-    item.SetValue(dialog.value);
-    item.SetQuality(kGoodQuality);
-    item.SetValueTime(Now());
+    ItemFields fields;
+    fields.accessRights = (dialog.readable ? COPCItem::kReadable : 0) | (dialog.writable ? COPCItem::kWritable : 0);
+    fields.scanRate = dialog.scanRate;
+    fields.archive = dialog.archive;
+    fields.dataType = dialog.dataType;
+    fields.value = dialog.value;
+    fields.quality = kGoodQuality;
+    fields.valueTime = Now();
+    return fields;
 }
 
 void CMainFrame::EditOneItem(size_t row)
@@ -962,24 +1008,16 @@ void CMainFrame::EditOneItem(size_t row)
     COPCServerAddressSpaceBranch& branch = *m_listBranch;
     const std::wstring oldName = item->Name();
     if (!EqualNoCase(dialog.name, oldName) && branch.FindItem(dialog.name)) {
-        ShowError(kDuplicateItem, L"Add Item");
+        ShowError(kDuplicateItemText, L"Add Item");
         return;
     }
     if (dialog.name.empty())
         throw CL::CException(E_INVALIDARG, L"COPCItem::Rename");
-    // Out of the branch while it changes, back in under its (new) name.
-    const ItemPtr taken = branch.RemoveItem(oldName);
-    try {
-        ApplyItemFields(*taken, dialog);
-        taken->Rename(dialog.name.c_str());
-    } catch (...) {
-        branch.AddItem(taken);
-        throw;
-    }
-    branch.AddItem(taken);
+    ItemFields fields = DialogFields(dialog);
+    fields.name = dialog.name;
+    m_document.Execute(std::make_unique<CItemPropertiesCommand>(std::vector<ItemPtr>{item}, std::move(fields)));
     m_rows.Refresh(row);
     m_list.UpdateRow(row);
-    m_document.SetDirty();
 }
 
 void CMainFrame::EditSeveralItems(const std::vector<size_t>& rows)
@@ -990,12 +1028,15 @@ void CMainFrame::EditSeveralItems(const std::vector<size_t>& rows)
     const INT_PTR result = dialog.DoModal(Hwnd());
     if (result != IDOK && result != IDC_SAVE_AND_NEW)
         return;
+    std::vector<ItemPtr> items;
+    items.reserve(rows.size());
+    for (size_t row : rows)
+        items.push_back(m_rows.ItemAt(row));
+    m_document.Execute(std::make_unique<CItemPropertiesCommand>(std::move(items), DialogFields(dialog)));
     for (size_t row : rows) {
-        ApplyItemFields(*m_rows.ItemAt(row), dialog);
         m_rows.Refresh(row);
         m_list.UpdateRow(row);
     }
-    m_document.SetDirty();
 }
 
 // ---- View and Help ----------------------------------------------------------

@@ -18,7 +18,12 @@
 #include <vector>
 
 #include "addressspace/AddressSpaceDocument.h"
+#include "addressspace/AddressSpaceCsv.h"
 #include "addressspace/AddressSpaceExchange.h"
+#include "addressspace/EditCommand.h"
+#include "addressspace/EditorPlace.h"
+#include "addressspace/FindCursor.h"
+#include "addressspace/ItemFields.h"
 #include "addressspace/ItemRows.h"
 #include "common/Window.h"
 #include "common/ui/FrameBars.h"
@@ -62,6 +67,9 @@ public:
     // The editor's keyboard accelerators; true when the message was one.
     bool PreTranslateMessage(MSG& msg);
 
+    // Whether rows or a branch are being dragged.
+    bool Dragging() const noexcept { return m_drag.active; }
+
     // The views, for the tray's glue and for tests.
     HWND Tree() const { return m_tree; }
     HWND List() const { return m_list.Hwnd(); }
@@ -77,7 +85,9 @@ public:
     COPCServerAddressSpaceBranch* ListBranch() const { return m_listBranch.get(); }
 
     // IAddressSpaceViews: empties the tree and the list; fills the tree from
-    // the root and the list for the selection (the root's node).
+    // the root and the list for the selection. The branches expanded and
+    // selected before, and the selected rows, are expanded and selected
+    // again where they still exist (else the root is selected).
     void ClearViews() override;
     void FillViews() override;
 
@@ -106,6 +116,15 @@ private:
     void OnFileReload();
     void OnFileExportCsv();
     void OnFileImportCsv();
+    void OnEditUndo();
+    void OnEditRedo();
+    void OnEditCut();
+    void OnEditCopy();
+    void OnEditPaste();
+    void OnEditDuplicate();
+    void OnEditRename();
+    void OnEditFind();
+    void OnEditFindNext(bool forward);
     void OnEditNewBranch();
     void OnEditNewItem();
     void OnEditDelete();
@@ -121,9 +140,6 @@ private:
     void OnTreeRightClick();
     void OnListRightClick();
     void ShowContextMenu(int menuId, POINT screen);
-    HTREEITEM InsertNode(HTREEITEM parentNode, const BranchPtr& branch);
-    void InsertSubtree(HTREEITEM parentNode, const COPCServerAddressSpaceBranch& branch);
-    void SortChildren(HTREEITEM parentNode);
     HTREEITEM SelectedNode() const;
     // Whether the tree has the keyboard focus; while the window is inactive
     // (no focus in this thread), whether it had it last.
@@ -144,7 +160,56 @@ private:
     void FillItemDialog(CdlgAddItem& dialog, const COPCItem& item) const;
     std::wstring BranchLabel(const COPCServerAddressSpaceBranch& branch) const;
     void EditSeveralItems(const std::vector<size_t>& rows);
-    static void ApplyItemFields(COPCItem& item, const CdlgAddItem& dialog);
+    // The fields that the item dialog puts on every item it edits.
+    static ItemFields DialogFields(const CdlgAddItem& dialog);
+    // Rename in place (MainFrmRename.cpp). The label edit of the tree or
+    // the list keeps its keys (no accelerators while it is open).
+    bool EditingLabel(HWND window) const;
+    bool OnTreeBeginLabelEdit(const NMTVDISPINFOW& info);
+    void OnTreeEndLabelEdit(const NMTVDISPINFOW& info);
+    void OnListEndLabelEdit(const NMLVDISPINFOW& info);
+    void OnRenameMessage();
+    void RenameBranch(const BranchPtr& branch, const std::wstring& name);
+    void RenameItem(const ItemPtr& item, const std::wstring& name);
+    // The name typed in place, applied by kRenameMessage.
+    struct PendingRename {
+        BranchPtr branch;
+        ItemPtr item;
+        std::wstring name;
+    };
+    static constexpr UINT kRenameMessage = WM_APP + 17;
+    // Drag and drop (MainFrmDragDrop.cpp): what is dragged, from where.
+    struct DragState {
+        bool active = false;
+        BranchPtr from;
+        std::vector<ItemPtr> items;   // rows of the list
+        BranchPtr branch;             // or a branch of the tree
+    };
+    void OnListBeginDrag();
+    void OnTreeBeginDrag(const NMTREEVIEWW& drag);
+    void BeginDrag();
+    void OnDragMove(LPARAM position);
+    void OnDragDrop(WPARAM keys, LPARAM position);
+    void EndDrag();
+    COPCServerAddressSpaceBranch* DropTargetAt(POINT client, HTREEITEM* node) const;
+    void Drop(const DragState& drag, const BranchPtr& target, bool copy);
+    // Clipboard (MainFrmClipboard.cpp): the selection as tab-separated text
+    // (empty: nothing to copy), and the paste of clipboard text.
+    std::wstring SelectionText() const;
+    // Puts the selection on the clipboard; false when nothing is selected.
+    bool CopySelection();
+    void CutSelection();
+    void PasteText(const std::wstring& text);
+    // What columns that CSV or pasted text lacks give a new item.
+    static CL::CsvItemDefaults NewItemDefaults();
+    // Brings the views up to the model after an undo or redo and selects
+    // the branch the command touched.
+    void ShowEdit(const CEditCommand& command);
+    // Selects exactly the list rows of these items.
+    void SelectRowsOf(const std::vector<ItemPtr>& items);
+    // Selects the match's branch in the tree (expanding what is needed) and
+    // its item's row in the list, and gives that view the focus.
+    void ShowMatch(const CAddressSpaceSearch::Entry& entry);
     void ReplaceModel(CAddressSpaceDocument::ModelPtr model);
     int Ask(const wchar_t* text, const wchar_t* caption);
     void ShowError(const wchar_t* text, const wchar_t* caption);
@@ -160,6 +225,10 @@ private:
     HACCEL m_accelerators = nullptr;
     bool m_clearing = false;
     HWND m_lastFocus = nullptr;
+    CFindCursor m_find;
+    CEditorPlace m_place;
+    PendingRename m_pendingRename;
+    DragState m_drag;   // taken by ClearViews, given back by FillViews
     wchar_t m_openPath[261] = {};
     wchar_t m_copyPath[261] = {};
     wchar_t m_csvPath[261] = {};

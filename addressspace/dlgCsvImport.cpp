@@ -23,6 +23,12 @@ std::wstring CdlgCsvImport::Summary(const CL::CsvImportPlan& plan, const std::ws
     else
         text += CL::Format(L" %zu line(s) cannot be taken; they are listed below and left out of the import.",
                            plan.rejected.size());
+    if (plan.separator == L';')
+        text += L" Separator: semicolon (decimal commas read as points).";
+    else if (plan.separator == L'\t')
+        text += L" Separator: tab (decimal commas read as points).";
+    else
+        text += L" Separator: comma.";
     return text;
 }
 
@@ -35,6 +41,11 @@ BOOL CdlgCsvImport::OnInitDialog()
         m_list.SetColumns({{L"Line", 60}, {L"Reason", 400}});
         m_list.SetRows(this);
         CL::SetChecked(Hwnd(), IDC_CSV_UPDATE, updateExisting);
+        if (pasting) {
+            ::SetWindowTextW(Hwnd(), L"Paste");
+            ::SetDlgItemTextW(Hwnd(), IDOK, L"&Paste");
+            ::ShowWindow(GetDlgItem(IDC_CSV_UPDATE), SW_HIDE);
+        }
         ::EnableWindow(GetDlgItem(IDOK), !m_plan.items.empty());
         if (m_plan.items.empty())
             ::SendMessageW(Hwnd(), DM_SETDEFID, IDCANCEL, 0);

@@ -19,6 +19,9 @@ public:
 
     // The choice, read when the dialog closes with IDOK.
     bool updateExisting = false;
+    // The report of a paste: captioned "Paste", without the update choice
+    // (a paste never changes an existing item).
+    bool pasting = false;
 
     // IDOK ("Import") or IDCANCEL.
     INT_PTR DoModal(HWND owner);

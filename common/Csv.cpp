@@ -47,6 +47,29 @@ std::wstring DelimitedRecord(const std::vector<std::wstring>& fields, wchar_t se
     return record;
 }
 
+wchar_t DetectCsvSeparator(std::wstring_view text)
+{
+    size_t commas = 0, semicolons = 0, tabs = 0;
+    bool quoted = false;
+    for (const wchar_t c : text) {
+        if (c == L'"')
+            quoted = !quoted;
+        else if (!quoted && (c == L'\r' || c == L'\n'))
+            break;
+        else if (!quoted && c == L',')
+            ++commas;
+        else if (!quoted && c == L';')
+            ++semicolons;
+        else if (!quoted && c == L'\t')
+            ++tabs;
+    }
+    if (tabs > commas && tabs >= semicolons)
+        return L'\t';
+    if (semicolons > commas)
+        return L';';
+    return L',';
+}
+
 bool CCsvReader::AtRecordEnd() const
 {
     return m_pos >= m_text.size() || m_text[m_pos] == L'\r' || m_text[m_pos] == L'\n';
@@ -98,13 +121,13 @@ bool CCsvReader::Next(CsvRow& row)
                     ++m_line;
                 field += c;
             }
-            if (!AtRecordEnd() && m_text[m_pos] != L',') {
+            if (!AtRecordEnd() && m_text[m_pos] != m_separator) {
                 row.error = L"text follows the closing quote of a field";
                 SkipToNextLine();
                 return true;
             }
         } else {
-            while (!AtRecordEnd() && m_text[m_pos] != L',') {
+            while (!AtRecordEnd() && m_text[m_pos] != m_separator) {
                 if (m_text[m_pos] == L'"') {
                     row.error = L"a quote inside a field that does not start with one";
                     SkipToNextLine();
@@ -118,7 +141,7 @@ bool CCsvReader::Next(CsvRow& row)
             EndRecord();
             return true;
         }
-        ++m_pos;   // the comma
+        ++m_pos;   // the separator
     }
 }
 

@@ -31,9 +31,15 @@ struct CsvRow {
     std::wstring error;                 // empty for a well-formed record
 };
 
+// The separator of a text's records, judged from its first line: a tab or a
+// semicolon when that line holds more of them (outside quotes) than of
+// commas, as spreadsheets write them in locales whose decimal mark is a
+// comma and as they put cells on the clipboard; a comma otherwise.
+wchar_t DetectCsvSeparator(std::wstring_view text);
+
 class CCsvReader {
 public:
-    explicit CCsvReader(std::wstring_view text) : m_text(text) {}
+    explicit CCsvReader(std::wstring_view text, wchar_t separator = L',') : m_text(text), m_separator(separator) {}
     // The next record; false at the end of the text. A malformed record
     // (a quote inside an unquoted field, text after a closing quote, a quote
     // never closed) comes back with its error set; reading goes on at the
@@ -46,6 +52,7 @@ private:
     void EndRecord();
 
     std::wstring_view m_text;
+    wchar_t m_separator;
     size_t m_pos = 0;
     size_t m_line = 1;
 };

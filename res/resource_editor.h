@@ -6,6 +6,8 @@
 #define IDR_EDITOR_LIST_MENU     1102  // right click on the list
 #define IDD_ADDITEM              1110
 #define IDD_ADDBRANCH            1111
+#define IDD_FIND                 1112
+#define IDD_DUPLICATE            1113
 
 // Child windows of the editor.
 #define IDC_EDITOR_SPLITTER      1120
@@ -27,6 +29,16 @@
 // Branch dialog controls.
 #define IDC_BRANCH_NAME          1140
 #define IDC_BRANCH_PARENT        1141
+// Find dialog controls.
+#define IDC_FIND_TEXT            1160
+#define IDC_FIND_COUNT           1161
+#define IDC_FIND_RESULTS         1162
+#define IDC_FIND_LABEL           1163
+// Duplicate dialog controls.
+#define IDC_DUPLICATE_ITEM       1170
+#define IDC_DUPLICATE_COUNT      1171
+#define IDC_DUPLICATE_SPIN       1172
+#define IDC_DUPLICATE_PREVIEW    1173
 // "Save && Create &New" in both dialogs.
 #define IDC_SAVE_AND_NEW         1150
 
@@ -41,6 +53,16 @@
 #define ID_AS_EDIT_DELETE        33112
 #define ID_AS_EDIT_HISTORY       33113
 #define ID_AS_EDIT_PROPERTIES    33114
+#define ID_AS_EDIT_UNDO          33115
+#define ID_AS_EDIT_REDO          33116
+#define ID_AS_EDIT_FIND          33117
+#define ID_AS_EDIT_FIND_NEXT     33118
+#define ID_AS_EDIT_FIND_PREVIOUS 33119
+#define ID_AS_EDIT_CUT           33122
+#define ID_AS_EDIT_COPY          33123
+#define ID_AS_EDIT_PASTE         33124
+#define ID_AS_EDIT_DUPLICATE     33125
+#define ID_AS_EDIT_RENAME        33126
 #define ID_AS_VIEW_TOOLBAR       33120
 #define ID_AS_VIEW_STATUS_BAR    33121
 #define ID_AS_HELP_ONLINE        33130

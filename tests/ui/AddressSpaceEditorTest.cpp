@@ -132,7 +132,12 @@ TEST_F(EditorWindow, MenuHoldsEveryEntryWithItsAccelerator)
     EXPECT_EQ(test::MenuTexts(menu[0].submenu), (Names{L"&New\tCtrl+N", L"&Open...\tCtrl+O", L"&Save\tCtrl+S",
                                                      L"Save &a copy...", L"-", L"&Export CSV...",
                                                      L"&Import CSV...", L"-", L"&Reload\tCtrl+R"}));
-    EXPECT_EQ(test::MenuTexts(menu[1].submenu), (Names{L"&New Branch...", L"New &Item...", L"&Delete\tDel", L"-",
+    EXPECT_EQ(test::MenuTexts(menu[1].submenu), (Names{L"&Undo\tCtrl+Z", L"&Redo\tCtrl+Y", L"-", L"Cu&t\tCtrl+X",
+                                                     L"&Copy\tCtrl+C", L"&Paste\tCtrl+V", L"D&uplicate...",
+                                                     L"Rena&me\tF2", L"-",
+                                                     L"&Find...\tCtrl+F", L"Find Ne&xt\tF3",
+                                                     L"Find Pre&vious\tShift+F3", L"-", L"&New Branch...",
+                                                     L"New &Item...", L"&Delete\tDel", L"-",
                                                      L"HDA Database Data...", L"-", L"Properties..."}));
     EXPECT_EQ(test::MenuTexts(menu[2].submenu), (Names{L"&Toolbar", L"&Status Bar"}));
     EXPECT_EQ(test::MenuTexts(menu[3].submenu), (Names{L"Online Help", L"-", L"&About..."}));
@@ -941,23 +946,7 @@ TEST_F(EditorEdit, ARightClickOnTheListOffersTheListMenu)
 
 namespace {
 
-// Holds Ctrl down in this thread's keyboard state while it lives.
-class CtrlHeld {
-public:
-    CtrlHeld()
-    {
-        ::GetKeyboardState(m_saved);
-        BYTE state[256];
-        ::GetKeyboardState(state);
-        state[VK_CONTROL] = 0x80;
-        state[VK_LCONTROL] = 0x80;
-        ::SetKeyboardState(state);
-    }
-    ~CtrlHeld() { ::SetKeyboardState(m_saved); }
-
-private:
-    BYTE m_saved[256];
-};
+using test::CtrlHeld;
 
 } // namespace
 

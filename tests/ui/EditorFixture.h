@@ -43,6 +43,26 @@ inline std::string EditorSampleSpace()
            "</Morvane_OPCDAAddressSpace>";
 }
 
+// Holds Ctrl down in this thread's keyboard state while it lives.
+class CtrlHeld {
+public:
+    CtrlHeld()
+    {
+        ::GetKeyboardState(m_saved);
+        BYTE state[256];
+        ::GetKeyboardState(state);
+        state[VK_CONTROL] = 0x80;
+        state[VK_LCONTROL] = 0x80;
+        ::SetKeyboardState(state);
+    }
+    ~CtrlHeld() { ::SetKeyboardState(m_saved); }
+    CtrlHeld(const CtrlHeld&) = delete;
+    CtrlHeld& operator=(const CtrlHeld&) = delete;
+
+private:
+    BYTE m_saved[256];
+};
+
 class EditorFixture : public testing::Test {
 protected:
     void SetUp() override

@@ -342,3 +342,41 @@ TEST(AddressSpaceCsv, CopyIsDeepSoImportingIntoItLeavesTheOriginalAlone)
     EXPECT_EQ(CL::ExportAddressSpaceCsv(*original), before);
     EXPECT_NE(CL::ExportAddressSpaceCsv(*copy), before);
 }
+
+TEST(AddressSpaceCsvSeparator, ASemicolonFileReadsDecimalCommasInFloatingTypesAndTheirArrays)
+{
+    const CL::CsvImportPlan plan = CL::ReadAddressSpaceCsv(
+        "Path;Data type;Value\r\n"
+        "A.Speed;VT_R8;12,5\r\n"
+        "A.Gain;VT_R4;0,25\r\n"
+        "A.Money;VT_CY;3,75\r\n"
+        "A.Set;VT_R8 | VT_ARRAY;\"1,5\n2,5\"\r\n"
+        "A.Label;VT_BSTR;a,b\r\n");
+    EXPECT_EQ(plan.separator, L';');
+    ASSERT_TRUE(plan.rejected.empty()) << CL::Narrow(plan.rejected.front().reason);
+    ASSERT_EQ(plan.items.size(), 5u);
+    EXPECT_EQ(plan.items[0].value.dblVal, 12.5);
+    EXPECT_EQ(plan.items[1].value.fltVal, 0.25f);
+    EXPECT_EQ(plan.items[2].value.cyVal.int64, 37500);
+    EXPECT_EQ(CL::VariantToString(plan.items[3].value, CL::kLocaleSystemDefault, CL::kArraySeparator), L"1.5\r\n2.5");
+    EXPECT_EQ(std::wstring(plan.items[4].value.bstrVal), L"a,b") << "text keeps its commas";
+}
+
+TEST(AddressSpaceCsvSeparator, ATabSeparatedTextIsReadLikeTheClipboardsOfSpreadsheets)
+{
+    const CL::CsvImportPlan plan = CL::ReadAddressSpaceCsvText(L"Path\tData type\tValue\r\nLine1.Speed\tVT_R8\t7,5\r\n");
+    EXPECT_EQ(plan.separator, L'\t');
+    ASSERT_EQ(plan.items.size(), 1u);
+    EXPECT_EQ(plan.items[0].branches, (std::vector<std::wstring>{L"Line1"}));
+    EXPECT_EQ(plan.items[0].value.dblVal, 7.5);
+}
+
+TEST(AddressSpaceCsvSeparator, ACommaFileKeepsTheCommaAsTheSeparatorOnly)
+{
+    const CL::CsvImportPlan plan = CL::ReadAddressSpaceCsv("Path,Data type,Value\r\nA.Speed,VT_R8,\"12,5\"\r\n");
+    EXPECT_EQ(plan.separator, L',');
+    ASSERT_EQ(plan.rejected.size() + plan.items.size(), 1u);
+    if (!plan.items.empty()) {
+        EXPECT_NE(plan.items[0].value.dblVal, 12.5) << "no decimal comma in a comma-separated file";
+    }
+}

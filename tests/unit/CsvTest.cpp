@@ -108,3 +108,21 @@ TEST(Csv, TabSeparatedRecordQuotesOnlyFieldsWithTabsQuotesOrLineBreaks)
               L"a,b\t\"x\ty\"\t\"say \"\"hi\"\"\"\t\"l1\r\nl2\"\t\r\n");
     EXPECT_EQ(CL::DelimitedField(L"plain", L'\t'), L"plain");
 }
+
+TEST(CsvSeparator, TheHeaderLineDecidesBetweenCommaSemicolonAndTab)
+{
+    EXPECT_EQ(CL::DetectCsvSeparator(L"Path,Data type,Value\r\nA;B;C;D;E\r\n"), L',');
+    EXPECT_EQ(CL::DetectCsvSeparator(L"Path;Data type;Value\r\nA,1\r\n"), L';');
+    EXPECT_EQ(CL::DetectCsvSeparator(L"Path\tData type\tValue\r\n"), L'\t');
+    EXPECT_EQ(CL::DetectCsvSeparator(L"\"A;B;C\",Path\r\n"), L',') << "separators inside quotes do not count";
+    EXPECT_EQ(CL::DetectCsvSeparator(L"Path\r\n"), L',');
+    EXPECT_EQ(CL::DetectCsvSeparator(L""), L',');
+}
+
+TEST(CsvSeparator, TheReaderSplitsAtTheSeparatorItIsGiven)
+{
+    CL::CCsvReader reader(L"a;\"b;c\";1,5\r\n", L';');
+    CL::CsvRow row;
+    ASSERT_TRUE(reader.Next(row));
+    EXPECT_EQ(row.fields, (std::vector<std::wstring>{L"a", L"b;c", L"1,5"}));
+}

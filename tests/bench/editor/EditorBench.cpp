@@ -5,7 +5,14 @@
 //   - the file load (the baseline),
 //   - creating and showing the editor with its tree filled,
 //   - filling the list when the 10,000-item branch is selected,
-//   - sorting that list by "Name" and by "Current Value".
+//   - sorting that list by "Name" and by "Current Value",
+//   - Find over the whole address space, the first results (one screen)
+//     and all results, for part of a name and for a pattern,
+//   - copy and paste of the 10,000 rows (into their own branch, so every
+//     name gets the next free number), duplicate x10,000 through its dialog,
+//   - a drag of the 10,000 rows onto the root's node (the move and the
+//     views' update after the drop),
+//   - undo and redo of deleting the 10,000-item branch.
 // Prints one figure per line, the targets, and the ratio of the editor's own
 // time to the load.
 //
@@ -17,12 +24,16 @@
 #include <cstdio>
 #include <string>
 
+#include "addressspace/AddressSpaceSearch.h"
 #include "addressspace/ItemRows.h"
 #include "addressspace/MainFrm.h"
 #include "bench/BenchAddressSpace.h"
 #include "bench/BenchTiming.h"
 #include "common/Exception.h"
 #include "common/Text.h"
+#include "res/resource.h"
+#include "support/DialogScript.h"
+#include "support/TestSupport.h"
 
 namespace {
 
@@ -31,6 +42,10 @@ constexpr int kBigItems = 10000;
 constexpr double kTargetShow = 0.5;
 constexpr double kTargetFill = 0.3;
 constexpr double kTargetSort = 0.3;
+constexpr double kTargetFind = 0.05;
+constexpr double kTargetUndo = 0.3;
+constexpr double kTargetOther = 1.0;
+constexpr size_t kFirstResults = 50;   // about one screen of the results list
 
 // Handles what the windows have queued (painting included).
 void Pump()
@@ -89,7 +104,32 @@ bool ShownSorted(CMainFrame& frame, int column)
 
 void Print(const char* name, double seconds, double target)
 {
-    std::printf("%s %.3f (target <= %.1f: %s)\n", name, seconds, target, seconds <= target ? "met" : "MISSED");
+    std::printf("%s %.3f (target <= %.2f: %s)\n", name, seconds, target, seconds <= target ? "met" : "MISSED");
+}
+
+// Times one search and prints it with its number of matches.
+size_t TimeFind(const CAddressSpaceSearch& search, const char* name, const std::wstring& query, size_t limit)
+{
+    const double start = Seconds();
+    const size_t found = search.Find(query, limit).size();
+    const double seconds = Seconds() - start;
+    std::printf("%s (%zu matches) ", name, found);
+    Print("seconds", seconds, kTargetFind);
+    return found;
+}
+
+void Command(CMainFrame& frame, WORD id)
+{
+    ::SendMessageW(frame, WM_COMMAND, MAKEWPARAM(id, 0), 0);
+    ::UpdateWindow(frame);
+    Pump();
+}
+
+double TimeCommand(CMainFrame& frame, WORD id)
+{
+    const double start = Seconds();
+    Command(frame, id);
+    return Seconds() - start;
 }
 
 } // namespace
@@ -142,16 +182,110 @@ int main(int argc, char** argv)
         const double sortValue = TimeSort(frame, CItemRows::kCurrentValue);
         const bool valueSorted = ShownSorted(frame, CItemRows::kCurrentValue);
 
+        const double indexStart = Seconds();
+        const CAddressSpaceSearch search(*frame.Document().Model());
+        const double index = Seconds() - indexStart;
+        const size_t nameFirst = TimeFind(search, "find_name_first_results", L"item4242", kFirstResults);
+        const size_t nameAll = TimeFind(search, "find_name_all_results", L"item4242", SIZE_MAX);
+        const size_t patternFirst = TimeFind(search, "find_pattern_first_results", L"area?.line*.unit3.item*7",
+                                             kFirstResults);
+        const size_t patternAll = TimeFind(search, "find_pattern_all_results", L"area?.line*.unit3.item*7", SIZE_MAX);
+
+        // Copy all 10,000 rows of Big, paste them into Big, take the paste back.
+        ::SetFocus(frame.List());
+        ListView_SetItemState(frame.List(), -1, LVIS_SELECTED, LVIS_SELECTED);
+        const double copy = TimeCommand(frame, ID_AS_EDIT_COPY);
+        const double paste = TimeCommand(frame, ID_AS_EDIT_PASTE);
+        const int pastedRows = ListView_GetItemCount(frame.List());
+        Command(frame, ID_AS_EDIT_UNDO);
+
+        // Duplicate one row 10,000 times through the dialog, then take it back.
+        ::SetFocus(frame.List());
+        ListView_SetItemState(frame.List(), -1, 0, LVIS_SELECTED);
+        ListView_SetItemState(frame.List(), 0, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+        double duplicate = 0;
+        {
+            test::DialogScript script({{L"Duplicate", [&duplicate](HWND dialog) {
+                                            ::SetDlgItemTextW(dialog, IDC_DUPLICATE_COUNT, L"10000");
+                                            duplicate = Seconds();
+                                            ::PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+                                        }}});
+            Command(frame, ID_AS_EDIT_DUPLICATE);
+            duplicate = Seconds() - duplicate;
+            if (!script.Finished())
+                throw CL::CException(E_FAIL, L"no Duplicate dialog");
+        }
+        const int duplicatedRows = ListView_GetItemCount(frame.List());
+        Command(frame, ID_AS_EDIT_UNDO);
+
+        // Drag all rows of Big onto the root's node with the mouse messages of
+        // a drag, then take the move back.
+        ::SetFocus(frame.List());
+        ListView_SetItemState(frame.List(), -1, LVIS_SELECTED, LVIS_SELECTED);
+        RECT row = {};
+        ListView_GetItemRect(frame.List(), 0, &row, LVIR_LABEL);
+        const POINT press = {row.left + 5, (row.top + row.bottom) / 2};
+        ::PostMessageW(frame.List(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(press.x, press.y));
+        ::PostMessageW(frame.List(), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(press.x + 40, press.y + 40));
+        Pump();
+        const bool dragging = frame.Dragging();
+        RECT node = {};
+        TreeView_GetItemRect(frame.Tree(), TreeView_GetRoot(frame.Tree()), &node, TRUE);
+        POINT drop = {(node.left + node.right) / 2, (node.top + node.bottom) / 2};
+        ::MapWindowPoints(frame.Tree(), frame, &drop, 1);
+        const double moveStart = Seconds();
+        ::PostMessageW(frame, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(drop.x, drop.y));
+        ::PostMessageW(frame, WM_LBUTTONUP, 0, MAKELPARAM(drop.x, drop.y));
+        Pump();
+        ::UpdateWindow(frame);
+        const double move = Seconds() - moveStart;
+        const size_t movedToRoot = frame.Document().Model()->RootBranch()->ItemCount();
+        Command(frame, ID_AS_EDIT_UNDO);
+
+        // Delete the Big branch from the tree, then undo and redo.
+        TreeView_SelectItem(frame.Tree(), big);
+        ::SetFocus(frame.Tree());
+        Command(frame, ID_AS_EDIT_DELETE);
+        const bool deleted = !frame.Document().Model()->RootBranch()->FindBranch(L"Big");
+        const double undo = TimeCommand(frame, ID_AS_EDIT_UNDO);
+        const int undoneRows = ListView_GetItemCount(frame.List());
+        const double redo = TimeCommand(frame, ID_AS_EDIT_REDO);
+        const bool redone = !frame.Document().Model()->RootBranch()->FindBranch(L"Big");
+
         std::printf("items %d in the list, %u tree nodes\n", rows, nodes);
         std::printf("load_seconds %.3f\n", load);
         Print("editor_shown_seconds", show, kTargetShow);
         Print("list_fill_10000_seconds", fill, kTargetFill);
         Print("sort_by_name_seconds", sortName, kTargetSort);
         Print("sort_by_current_value_seconds", sortValue, kTargetSort);
+        std::printf("find_index_seconds %.3f (taken when the dialog opens)\n", index);
+        Print("copy_10000_rows_seconds", copy, kTargetOther);
+        Print("paste_10000_rows_seconds", paste, kTargetOther);
+        Print("duplicate_x10000_seconds", duplicate, kTargetOther);
+        Print("drag_move_10000_rows_seconds", move, kTargetOther);
+        Print("undo_delete_10000_item_branch_seconds", undo, kTargetUndo);
+        Print("redo_delete_10000_item_branch_seconds", redo, kTargetOther);
         std::printf("editor_to_load_ratio %.3f\n", show / load);
         std::printf("editor_with_list_to_load_ratio %.3f\n", (show + fill) / load);
         if (!nameSorted || !valueSorted) {
             std::fprintf(stderr, "the list is not shown in the order of the sorted column\n");
+            status = 1;
+        }
+        if (nameFirst != nameAll || nameAll != 11 || patternFirst != kFirstResults || patternAll != 1000) {
+            std::fprintf(stderr, "find gave %zu/%zu and %zu/%zu matches\n", nameFirst, nameAll, patternFirst,
+                         patternAll);
+            status = 1;
+        }
+        if (pastedRows != 2 * kBigItems || duplicatedRows != 2 * kBigItems) {
+            std::fprintf(stderr, "paste showed %d rows, duplicate %d\n", pastedRows, duplicatedRows);
+            status = 1;
+        }
+        if (!dragging || movedToRoot != static_cast<size_t>(kBigItems)) {
+            std::fprintf(stderr, "drag started %d, %zu items moved to the root\n", dragging, movedToRoot);
+            status = 1;
+        }
+        if (!deleted || !redone || undoneRows != kBigItems) {
+            std::fprintf(stderr, "delete %d, undo showed %d rows, redo %d\n", deleted, undoneRows, redone);
             status = 1;
         }
         if (rows != kBigItems) {
