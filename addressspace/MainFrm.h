@@ -45,7 +45,7 @@ public:
     static constexpr int kMinWidth = 480;
     static constexpr int kMinHeight = 320;
 
-    explicit CMainFrame(CAddressSpaceExchange exchange = CAddressSpaceExchange());
+    explicit CMainFrame(CAddressSpaceExchange exchange);
     ~CMainFrame() override;
 
     CAddressSpaceDocument& Document() { return m_document; }
