@@ -94,6 +94,7 @@ private:
     void OnClose();
     void OnCommand(WORD id);
     LRESULT OnNotify(NMHDR* header);
+    LRESULT OnColumnClick(const NMHDR* header);
     void OnInitMenuPopup(HMENU menu);
     void OnSysColorChange();
     void OnContextMenu(HWND control, LPARAM position);
