@@ -19,7 +19,7 @@ public:
     // used as values of the wrong type and as insertions.
     explicit CTextMutator(std::vector<std::string> tokens);
 
-    // One to three mutations of `text`.
+    // One to three mutations of `text` (none that takes it past 2 MB).
     std::string Mutate(const std::string& text, CFuzzRandom& random) const;
 
 private:
