@@ -480,3 +480,61 @@ TEST_F(OptionsApply, RegisterThatCannotStartIsReportedAndLeavesTheBackupAndTheNe
     EXPECT_EQ(BackupFiles(server.Folder()), backups);
     EXPECT_TRUE(server.WaitForEvent("started " + Narrow(newService), 20s)) << "it ran before the first attempt";
 }
+
+// The settings file cannot be replaced (a folder stands in its place; under
+// Wine run as root a read-only file would still be written): the backup is
+// written, the save is refused with "Access denied.", the service stays
+// stopped. A retry once
+// the file can be written completes the change with that one backup.
+TEST_F(OptionsApply, SettingsFileThatCannotBeWrittenIsReportedAfterTheBackup)
+{
+    ASSERT_TRUE(server.Start());
+    LaunchAndOpenOptions();
+    const std::wstring settingsFile = server.File(L"Morvane.ini.xml");
+    ASSERT_TRUE(::DeleteFileW(settingsFile.c_str()));
+    ASSERT_TRUE(::CreateDirectoryW(settingsFile.c_str(), nullptr));
+    SetText(IDC_ED_TITLE, L"Northfield");
+    OkAndYes();
+    HWND report = nullptr;
+    ASSERT_TRUE(test::WaitUntil(
+        [&] {
+            report = FindDialog(m_process->Id(), L"", m_dialog);
+            return report != nullptr;
+        },
+        40s))
+        << "no error report";
+    // Writing over a folder is refused as a read-only file is on Windows.
+    EXPECT_EQ(test::WindowText(report), L"Exception");
+    EXPECT_EQ(test::DialogItemText(report, 0xFFFF).rfind(L"Access denied.", 0), 0u);
+    test::ClickButton(report, IDOK);
+    ASSERT_TRUE(test::WaitUntil([&] { return !::IsWindow(report); }, 10s));
+
+    EXPECT_TRUE(::IsWindow(m_dialog) && ::IsWindowVisible(m_dialog)) << "the dialog stays open";
+    EXPECT_EQ(server.State(), static_cast<DWORD>(SERVICE_STOPPED)) << "the stop is not undone";
+    EXPECT_EQ(server.CommandLineCalls(), (std::vector<std::string>{"/u"}));
+    const std::vector<std::wstring> backups = BackupFiles(server.Folder());
+    ASSERT_EQ(backups.size(), 1u);
+    CSettings backup;
+    LoadSettingsFrom(backups[0], backup);
+    EXPECT_EQ(backup.Title, L"Varnel");
+    EXPECT_EQ(backup.ServiceName, server.ServiceName());
+    const std::vector<std::string> errors = LogLinesWith(server.Folder(), 0, "");
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_NE(errors[0].find("Settings change failed at the save of the new settings to " + Narrow(settingsFile)),
+              std::string::npos)
+        << errors[0];
+    EXPECT_NE(errors[0].find("The previous settings are in " + Narrow(backups[0]) + "."), std::string::npos)
+        << errors[0];
+
+    ASSERT_TRUE(::RemoveDirectoryW(settingsFile.c_str()));
+    OkAndYes();
+    const HWND done = WaitForDialog(m_process->Id(), L"Ok", m_dialog);
+    ASSERT_NE(done, nullptr) << "no success message";
+    EXPECT_TRUE(CL::EqualsNoCase(test::DialogItemText(done, 0xFFFF), kAppliedPrefix + backups[0]));
+    test::ClickButton(done, IDOK);
+    EXPECT_EQ(BackupFiles(server.Folder()), backups);
+    CSettings saved;
+    LoadSettingsFrom(settingsFile, saved);
+    EXPECT_EQ(saved.Title, L"Northfield");
+    EXPECT_TRUE(test::WaitUntil([&] { return server.State() == SERVICE_RUNNING; }, 20s)) << "started again";
+}
