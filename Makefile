@@ -45,10 +45,14 @@ test: build
 	    MORVANE_TZ=$(TEST_ZONE) scripts/with-wine.sh $(BUILD64) scripts/test-other-zone.sh $(BUILD64); fi
 
 # The long mutation campaign over every loader (tests/fuzz): FUZZ_INPUTS
-# inputs in all, at low priority; prints what each loader made of them.
+# inputs in all, at low priority; prints what each loader made of them. It
+# runs in a Wine environment of its own ($(BUILD)/fuzz-env, no PostgreSQL),
+# so that a 'make test' meanwhile neither disturbs it nor is disturbed.
 FUZZ_INPUTS ?= 1000000
 fuzz: build
-	nice -n 19 scripts/with-wine.sh $(BUILD64) cmake/wine-run.sh $(BUILD64)/bin/fuzz_loaders.exe --inputs $(FUZZ_INPUTS)
+	mkdir -p $(BUILD)/fuzz-env
+	MORVANE_POSTGRES=0 nice -n 19 scripts/with-wine.sh $(BUILD)/fuzz-env cmake/wine-run.sh \
+	    $(BUILD64)/bin/fuzz_loaders.exe --inputs $(FUZZ_INPUTS)
 
 # The control panel in a demo installation folder.
 run: build
