@@ -1,5 +1,7 @@
 #include "TextMutator.h"
 
+#include <algorithm>
+
 namespace fuzz {
 
 namespace {
@@ -196,7 +198,7 @@ void CTextMutator::Utf16(std::string& text, CFuzzRandom& random) const
         wide += '\0';
     }
     switch (random.Below(4)) {
-    case 0: wide.resize(wide.size() - random.Below(2)); break;
+    case 0: wide.resize(wide.size() - std::min(wide.size(), random.Below(2))); break;
     case 1: wide.insert(random.Below(wide.size() / 2) * 2, std::string("\x00\xD8", 2)); break;
     case 2: wide.insert(random.Below(wide.size() / 2) * 2, std::string("\x00\xDC\x00\xD8", 4)); break;
     default: break;

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <exception>
 
 namespace fuzz {
 
@@ -20,6 +21,17 @@ LONG WINAPI OnUnhandled(EXCEPTION_POINTERS* info)
     std::fflush(stdout);
     ::TerminateProcess(::GetCurrentProcess(), 4);
     return EXCEPTION_EXECUTE_HANDLER;
+}
+
+// A C++ exception that nothing caught ends the process through terminate.
+void OnTerminate()
+{
+    std::printf("CRASH: an exception nobody caught in the %s loader\n",
+                g_running.load() ? g_running.load()->Name() : "(none)");
+    if (IFuzzTarget* target = g_running.load())
+        SaveInput("crash", *target);
+    std::fflush(stdout);
+    ::TerminateProcess(::GetCurrentProcess(), 4);
 }
 
 std::string FileNamePart(const char* name)
@@ -48,6 +60,7 @@ void SaveInput(const char* what, const IFuzzTarget& target)
 CWatchdog::CWatchdog(unsigned boundMs) : m_boundMs(boundMs), m_thread([this] { Watch(); })
 {
     ::SetUnhandledExceptionFilter(OnUnhandled);
+    std::set_terminate(OnTerminate);
 }
 
 CWatchdog::~CWatchdog()
