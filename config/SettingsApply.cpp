@@ -58,7 +58,8 @@ std::wstring CSettingsApply::Apply(const CSettings& newSettings)
 
         StopService(trail, oldService);
         RunServer(trail, L" /u");
-        const std::wstring backup = unfinished.backup.empty() ? WriteBackup(trail, wasRunning) : unfinished.backup;
+        const std::wstring backup =
+            unfinished.backup.empty() ? WriteBackup(trail, wasRunning) : KeepBackup(trail, unfinished.backup);
         SaveNewSettings(trail, newSettings);
         RunServer(trail, L" /i");
         if (wasRunning)
@@ -117,6 +118,14 @@ std::wstring CSettingsApply::WriteBackup(CSettingsApplyTrail& trail, bool servic
     trail.PreviousSettingsAt(CL::Narrow(backup));
     trail.Done("backup written to " + CL::Narrow(backup));
     Log(2, "Previous settings saved in " + CL::Narrow(backup) + MV_POS());
+    return backup;
+}
+
+// The backup of the unfinished change holds the settings in force before it.
+std::wstring CSettingsApply::KeepBackup(CSettingsApplyTrail& trail, const std::wstring& backup)
+{
+    trail.Done("backup of the unfinished change kept in " + CL::Narrow(backup));
+    Log(2, "Previous settings are still in " + CL::Narrow(backup) + MV_POS());
     return backup;
 }
 

@@ -40,6 +40,7 @@ private:
     void StartService(CSettingsApplyTrail& trail, const std::wstring& name);
     void RunServer(CSettingsApplyTrail& trail, const wchar_t* argument);
     std::wstring WriteBackup(CSettingsApplyTrail& trail, bool serviceWasRunning);
+    static std::wstring KeepBackup(CSettingsApplyTrail& trail, const std::wstring& backup);
     void SaveNewSettings(CSettingsApplyTrail& trail, const CSettings& newSettings);
 
     CL::IServerControl& m_server;

@@ -398,6 +398,28 @@ TEST_F(OptionsApplyFailure, RegisterFailingLeavesTheNewSettingsAndARetryKeepsThe
     EXPECT_TRUE(server.running);
 }
 
+// A retry that fails again names the backup it kept: that is still where
+// the settings in force before the first attempt are.
+TEST_F(OptionsApplyFailure, RetryThatFailsAgainNamesTheKeptBackup)
+{
+    server.running = true;
+    ThrowOn(server, L"run " + Exe() + L" /i", E_FAIL, L"test");
+    OkWithNewSettings(server);
+    const std::vector<std::wstring> backups = test::BackupFiles(folder.Path());
+    ASSERT_EQ(backups.size(), 1u);
+    test::LogCapture log(1);
+    const std::vector<test::MessageBoxInfo> seen = PressOk();
+    ExpectReportWithTheDialogOpen(seen, L"CException", L"Source='test'");
+    EXPECT_EQ(test::BackupFiles(folder.Path()), backups);
+    EXPECT_EQ(TitleIn(backups[0]), L"Before");
+    ExpectOneFailureLine(log, "running " + CL::Narrow(Exe()) + " /i",
+                         "service 'NewName' was not running; service 'NewName' stopped; " + Ran(L" /u") +
+                             "; backup of the unfinished change kept in " + CL::Narrow(backups[0]) +
+                             "; new settings stored in the program; new settings saved to " +
+                             CL::Narrow(SettingsFile()),
+                         CL::Narrow(backups[0]));
+}
+
 TEST_F(OptionsApplyFailure, StartFailingLeavesTheServerRegisteredUnderTheNewSettings)
 {
     server.running = true;
