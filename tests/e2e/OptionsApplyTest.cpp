@@ -64,19 +64,27 @@ HWND WaitForDialog(DWORD processId, const std::wstring& title, HWND except = nul
     return found;
 }
 
+// The names of the folder's files that match the pattern.
+std::vector<std::wstring> FileNames(const std::wstring& folder, const wchar_t* pattern)
+{
+    std::vector<std::wstring> names;
+    WIN32_FIND_DATAW data;
+    HANDLE find = ::FindFirstFileW((folder + pattern).c_str(), &data);
+    if (find == INVALID_HANDLE_VALUE)
+        return names;
+    do {
+        names.push_back(data.cFileName);
+    } while (::FindNextFileW(find, &data));
+    ::FindClose(find);
+    return names;
+}
+
 std::vector<std::wstring> BackupFiles(const std::wstring& folder)
 {
     std::vector<std::wstring> files;
-    WIN32_FIND_DATAW data;
-    HANDLE find = ::FindFirstFileW((folder + L"Morvane.ini.xml.*").c_str(), &data);
-    if (find == INVALID_HANDLE_VALUE)
-        return files;
-    do {
-        const std::wstring name = data.cFileName;
+    for (const std::wstring& name : FileNames(folder, L"Morvane.ini.xml.*"))
         if (name.size() > 16 && name.find(L".saving") == std::wstring::npos)
             files.push_back(folder + name);
-    } while (::FindNextFileW(find, &data));
-    ::FindClose(find);
     return files;
 }
 
@@ -351,17 +359,12 @@ namespace {
 std::vector<std::string> ControlPanelLogLines(const std::wstring& folder)
 {
     std::vector<std::string> lines;
-    WIN32_FIND_DATAW data;
-    HANDLE find = ::FindFirstFileW((folder + L"MorvaneGui.*.log").c_str(), &data);
-    if (find == INVALID_HANDLE_VALUE)
-        return lines;
-    do {
-        const std::string bytes = test::ReadFileBytes(folder + data.cFileName);
+    for (const std::wstring& name : FileNames(folder, L"MorvaneGui.*.log")) {
+        const std::string bytes = test::ReadFileBytes(folder + name);
         size_t start = 0;
         for (size_t end; (end = bytes.find("\r\n", start)) != std::string::npos; start = end + 2)
             lines.push_back(bytes.substr(start, end - start));
-    } while (::FindNextFileW(find, &data));
-    ::FindClose(find);
+    }
     return lines;
 }
 
