@@ -8,7 +8,7 @@ JOBS       ?= $(shell nproc)
 TEST_ZONE  ?= Europe/Berlin
 ZONE_PASS  ?= 1
 
-.PHONY: all deps build build-i686 dist test run bench screenshots clean
+.PHONY: all deps build build-i686 dist test run bench fuzz screenshots clean
 
 all: build
 
@@ -43,6 +43,16 @@ test: build
 	scripts/with-wine.sh $(BUILD64) ctest --test-dir $(BUILD64) --output-on-failure -j 2 $(CTEST_ARGS)
 	@if [ "$(ZONE_PASS)" = 1 ] && [ -z "$(CTEST_ARGS)" ]; then \
 	    MORVANE_TZ=$(TEST_ZONE) scripts/with-wine.sh $(BUILD64) scripts/test-other-zone.sh $(BUILD64); fi
+
+# The long mutation campaign over every loader (tests/fuzz): FUZZ_INPUTS
+# inputs in all, at low priority; prints what each loader made of them. It
+# runs in a Wine environment of its own ($(BUILD)/fuzz-env, no PostgreSQL),
+# so that a 'make test' meanwhile neither disturbs it nor is disturbed.
+FUZZ_INPUTS ?= 1000000
+fuzz: build
+	mkdir -p $(BUILD)/fuzz-env
+	MORVANE_POSTGRES=0 nice -n 19 scripts/with-wine.sh $(BUILD)/fuzz-env cmake/wine-run.sh \
+	    $(BUILD64)/bin/fuzz_loaders.exe --inputs $(FUZZ_INPUTS)
 
 # The control panel in a demo installation folder.
 run: build

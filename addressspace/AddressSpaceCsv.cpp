@@ -285,6 +285,11 @@ bool SplitItemPath(std::wstring_view path, std::vector<std::wstring>& names, std
                             std::wstring(path).c_str());
             return false;
         }
+        if (c == L'\0') {
+            // Names are C strings to the rest of the program: a NUL would cut one short.
+            reason = L"the path holds a NUL character";
+            return false;
+        }
         if (c == L'.')
             names.emplace_back();
         else

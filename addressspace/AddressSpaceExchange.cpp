@@ -3,7 +3,6 @@
 #include "common/ServiceControl.h"
 #include "common/Exception.h"
 #include "common/Handle.h"
-#include "config/Settings.h"
 
 namespace {
 
@@ -33,18 +32,21 @@ bool TryLastWriteTime(const std::wstring& path, ULONGLONG& time, HRESULT& error,
     return true;
 }
 
-bool ServerRunning()
-{
-    return CL::IsServiceRunning(g_Settings.ServiceName);
-}
-
 } // namespace
 
-CAddressSpaceExchange::CAddressSpaceExchange(std::wstring exchangeFile) : m_exchangeFile(std::move(exchangeFile)) {}
-
-std::wstring CAddressSpaceExchange::DefaultExchangeFilePath()
+CAddressSpaceExchange::CAddressSpaceExchange(ServiceNameSource serviceName, std::wstring exchangeFile)
+    : m_serviceName(std::move(serviceName)), m_exchangeFile(std::move(exchangeFile))
 {
-    return GetInstallationFolderPath(kExchangeFileName);
+}
+
+std::wstring CAddressSpaceExchange::ExchangeFilePath(const std::wstring& installationFolder)
+{
+    return installationFolder + kExchangeFileName;
+}
+
+bool CAddressSpaceExchange::ServerRunning() const
+{
+    return CL::IsServiceRunning(m_serviceName());
 }
 
 bool CAddressSpaceExchange::LoadFromServer(CAddressSpaceDocument& document)
@@ -52,7 +54,7 @@ bool CAddressSpaceExchange::LoadFromServer(CAddressSpaceDocument& document)
     m_polls = 0;
     if (ServerRunning()) {
         const ULONGLONG before = LastWriteTime();
-        CL::ControlServiceCode(g_Settings.ServiceName, CL::kControlWriteAddressSpace);
+        CL::ControlServiceCode(m_serviceName(), CL::kControlWriteAddressSpace);
         if (!WaitForNewFile(before) && !AskToLoadSavedFile())
             return false;
     }
@@ -80,7 +82,7 @@ void CAddressSpaceExchange::SaveToServer(CAddressSpaceDocument& document)
     document.Model()->Save(m_exchangeFile);
     // A stopped server reads the file when it starts.
     if (ServerRunning())
-        CL::ControlServiceCode(g_Settings.ServiceName, CL::kControlReloadAddressSpace);
+        CL::ControlServiceCode(m_serviceName(), CL::kControlReloadAddressSpace);
     document.SetDirty(false);
 }
 

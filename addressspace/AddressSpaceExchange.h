@@ -7,6 +7,7 @@
 // leave the document as it was.
 #include <windows.h>
 
+#include <functional>
 #include <string>
 
 #include "addressspace/AddressSpaceDocument.h"
@@ -18,12 +19,16 @@ public:
     static constexpr DWORD kPollInterval = 100;   // ms between two looks at the file
     static constexpr int kPollCount = 100;        // looks before giving up (about 10 s)
 
-    // The service is the one named by the ServiceName setting at the time of
-    // each call; the exchange file is the given one.
-    explicit CAddressSpaceExchange(std::wstring exchangeFile = DefaultExchangeFilePath());
+    // The name of the server's service, asked at each call (a change of the
+    // settings may rename the service while the program runs).
+    using ServiceNameSource = std::function<std::wstring()>;
 
-    // The installation folder's exchange file.
-    static std::wstring DefaultExchangeFilePath();
+    // The owner (the application shell) says which service and which file:
+    // this subsystem does not read the settings itself.
+    CAddressSpaceExchange(ServiceNameSource serviceName, std::wstring exchangeFile);
+
+    // The exchange file of an installation folder (ending with a backslash).
+    static std::wstring ExchangeFilePath(const std::wstring& installationFolder);
     const std::wstring& ExchangeFile() const noexcept { return m_exchangeFile; }
     // How many looks at the file the last wait for the server took (0 when
     // the last load did not wait).
@@ -57,6 +62,10 @@ private:
     // A new address space loaded from the exchange file.
     CAddressSpaceDocument::ModelPtr LoadExchangeFile() const;
 
+    // Whether the server's service runs now.
+    bool ServerRunning() const;
+
+    ServiceNameSource m_serviceName;
     std::wstring m_exchangeFile;
     mutable int m_polls = 0;
 };

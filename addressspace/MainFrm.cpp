@@ -332,6 +332,8 @@ void CMainFrame::OnCommand(WORD id)
 LRESULT CMainFrame::OnNotify(NMHDR* header)
 {
     LRESULT result = 0;
+    if (header->code == LVN_COLUMNCLICK && header->hwndFrom == m_list.Hwnd() && m_list.Hwnd())
+        return OnColumnClick(header);
     if (m_list.OnNotify(header, &result) || m_bars.OnNotify(header, &result))
         return result;
     if (header->hwndFrom == m_tree && m_tree) {
@@ -396,6 +398,19 @@ LRESULT CMainFrame::OnNotify(NMHDR* header)
         }
     }
     return 0;
+}
+
+// The list sorts itself by the clicked column (the click rule and the arrows
+// are the report list's); a long list takes a moment.
+LRESULT CMainFrame::OnColumnClick(const NMHDR* header)
+{
+    Log(3, "CMainFrame::OnColumnClick" + MV_POS());
+    LRESULT result = 0;
+    CL::RunReported([&] {
+        CL::CWaitCursor wait;
+        m_list.OnNotify(header, &result);
+    });
+    return result;
 }
 
 void CMainFrame::OnInitMenuPopup(HMENU menu)

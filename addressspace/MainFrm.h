@@ -50,7 +50,7 @@ public:
     static constexpr int kMinWidth = 480;
     static constexpr int kMinHeight = 320;
 
-    explicit CMainFrame(CAddressSpaceExchange exchange = CAddressSpaceExchange());
+    explicit CMainFrame(CAddressSpaceExchange exchange);
     ~CMainFrame() override;
 
     CAddressSpaceDocument& Document() { return m_document; }
@@ -104,6 +104,7 @@ private:
     void OnClose();
     void OnCommand(WORD id);
     LRESULT OnNotify(NMHDR* header);
+    LRESULT OnColumnClick(const NMHDR* header);
     void OnInitMenuPopup(HMENU menu);
     void OnSysColorChange();
     void OnContextMenu(HWND control, LPARAM position);

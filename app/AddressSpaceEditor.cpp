@@ -1,6 +1,7 @@
 #include "app/AddressSpaceEditor.h"
 
 #include "app/AboutDlg.h"
+#include "config/Settings.h"
 
 namespace CL {
 
@@ -12,6 +13,12 @@ CAddressSpaceEditor::CAddressSpaceEditor(CHistorian& historian, CAddressSpaceExc
         CAboutDlg dialog;
         dialog.DoModal(owner);
     });
+}
+
+CAddressSpaceExchange CAddressSpaceEditor::InstalledServerExchange()
+{
+    return CAddressSpaceExchange([] { return g_Settings.ServiceName; },
+                                 CAddressSpaceExchange::ExchangeFilePath(GetInstallationFolderPath(L"")));
 }
 
 CAddressSpaceEditor::~CAddressSpaceEditor()

@@ -17,8 +17,12 @@ class CHistorian;
 
 class CAddressSpaceEditor : public IAddressSpaceEditor, private IMessageFilter {
 public:
-    explicit CAddressSpaceEditor(CHistorian& historian,
-                                 CAddressSpaceExchange exchange = CAddressSpaceExchange());
+    explicit CAddressSpaceEditor(CHistorian& historian, CAddressSpaceExchange exchange = InstalledServerExchange());
+
+    // The exchange with the server of this installation: the service named
+    // by the ServiceName setting at each call, the exchange file of the
+    // program's folder.
+    static CAddressSpaceExchange InstalledServerExchange();
     ~CAddressSpaceEditor() override;
 
     CMainFrame& Frame() { return m_frame; }

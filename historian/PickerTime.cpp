@@ -26,12 +26,18 @@ void SetPickerDate(HWND picker, DATE date)
         throw CException(E_FAIL, L"DTM_SETSYSTEMTIME (GDT_VALID, &st)");
 }
 
-DATE GetPickerDate(HWND picker)
+SYSTEMTIME GetPickerTime(HWND picker)
 {
     SYSTEMTIME fields{};
     if (::SendMessageW(picker, DTM_GETSYSTEMTIME, 0, reinterpret_cast<LPARAM>(&fields)) != GDT_VALID)
         throw CException(E_FAIL, L"DTM_GETSYSTEMTIME (0, &st)");
     fields.wMilliseconds = 0;
+    return fields;
+}
+
+DATE GetPickerDate(HWND picker)
+{
+    SYSTEMTIME fields = GetPickerTime(picker);
     DATE date = 0.0;
     if (!::SystemTimeToVariantTime(&fields, &date))
         throw CException(E_INVALIDARG, L"SystemTimeToVariantTime (&st, &date)");

@@ -16,9 +16,11 @@ void SetPickerFormat(HWND picker);
 // Puts the OLE date into the picker as calendar fields (DTM_SETSYSTEMTIME
 // with a valid time). Throws CException for a date the calendar cannot hold.
 void SetPickerDate(HWND picker, DATE date);
-// The picker's time (DTM_GETSYSTEMTIME), milliseconds forced to 0,
-// converted with SystemTimeToVariantTime. Throws CException when the picker
-// holds no valid time.
+// The picker's time (DTM_GETSYSTEMTIME) to the second: a picker given a
+// time with milliseconds keeps them, and they are forced to 0 here. Throws
+// CException when the picker holds no valid time.
+SYSTEMTIME GetPickerTime(HWND picker);
+// GetPickerTime converted with SystemTimeToVariantTime.
 DATE GetPickerDate(HWND picker);
 
 } // namespace CL

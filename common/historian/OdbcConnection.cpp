@@ -43,6 +43,17 @@ struct BoundParameter {
     std::unique_ptr<CArrayLock> lock;
 };
 
+// A number of fixed size. Its length/indicator is bound too, although ODBC
+// lets a fixed-size input go without one: some driver managers read it all
+// the same and crash on the null pointer. An indicator of 0 means "not null".
+SQLRETURN BindNumber(const COdbcHandle& statement, SQLUSMALLINT number, SQLSMALLINT cType, SQLSMALLINT sqlType,
+                     SQLPOINTER value, BoundParameter& bound)
+{
+    bound.indicator = 0;
+    return ::SQLBindParameter(statement.Get(), number, SQL_PARAM_INPUT, cType, sqlType, 0, 0, value, 0,
+                              &bound.indicator);
+}
+
 void BindField(const COdbcHandle& statement, SQLUSMALLINT number, const DbField& field,
                BoundParameter& bound)
 {
@@ -58,16 +69,13 @@ void BindField(const COdbcHandle& statement, SQLUSMALLINT number, const DbField&
         break;
     }
     case VT_R8:
-        rc = ::SQLBindParameter(statement.Get(), number, SQL_PARAM_INPUT, SQL_C_DOUBLE, SQL_DOUBLE, 0, 0,
-                                &data.dblVal, 0, nullptr);
+        rc = BindNumber(statement, number, SQL_C_DOUBLE, SQL_DOUBLE, &data.dblVal, bound);
         break;
     case VT_I4:
-        rc = ::SQLBindParameter(statement.Get(), number, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 0, 0,
-                                &data.lVal, 0, nullptr);
+        rc = BindNumber(statement, number, SQL_C_SLONG, SQL_INTEGER, &data.lVal, bound);
         break;
     case VT_UI4:
-        rc = ::SQLBindParameter(statement.Get(), number, SQL_PARAM_INPUT, SQL_C_ULONG, SQL_INTEGER, 0, 0,
-                                &data.ulVal, 0, nullptr);
+        rc = BindNumber(statement, number, SQL_C_ULONG, SQL_INTEGER, &data.ulVal, bound);
         break;
     case VT_ARRAY | VT_UI1: {
         if (::SafeArrayGetDim(v.parray) != 1)

@@ -14,6 +14,7 @@
 #include "common/historian/Historian.h"
 #include "config/Settings.h"
 #include "res/resource.h"
+#include "support/SettingsServiceName.h"
 #include "support/DialogScript.h"
 #include "support/ServerSimulator.h"
 #include "support/TestSupport.h"
@@ -37,7 +38,7 @@ protected:
         ASSERT_TRUE(server.Start());
         ASSERT_TRUE(server.WaitForLoadCount(1));
         auto real = std::make_unique<CL::CAddressSpaceEditor>(historian,
-                                                              CAddressSpaceExchange(server.File(kExchangeFileName)));
+                                                              CAddressSpaceExchange(test::SettingsServiceName, server.File(kExchangeFileName)));
         editor = real.get();
         tray.SetAddressSpaceEditor(std::move(real));
         ASSERT_TRUE(tray.CreateEx());

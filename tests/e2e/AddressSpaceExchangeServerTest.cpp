@@ -9,6 +9,7 @@
 #include "common/ErrorReport.h"
 #include "common/Text.h"
 #include "config/Settings.h"
+#include "support/SettingsServiceName.h"
 #include "support/ServerSimulator.h"
 #include "support/TestSupport.h"
 #include "tools/server-sim/SimFiles.h"
@@ -58,7 +59,7 @@ protected:
 
     test::SimulatedServer server;
     CAddressSpaceDocument document;
-    CAddressSpaceExchange exchange{server.File(kExchangeFileName)};
+    CAddressSpaceExchange exchange{test::SettingsServiceName, server.File(kExchangeFileName)};
 };
 
 const wchar_t kLoadQuestion[] =

@@ -64,19 +64,27 @@ HWND WaitForDialog(DWORD processId, const std::wstring& title, HWND except = nul
     return found;
 }
 
+// The names of the folder's files that match the pattern.
+std::vector<std::wstring> FileNames(const std::wstring& folder, const wchar_t* pattern)
+{
+    std::vector<std::wstring> names;
+    WIN32_FIND_DATAW data;
+    HANDLE find = ::FindFirstFileW((folder + pattern).c_str(), &data);
+    if (find == INVALID_HANDLE_VALUE)
+        return names;
+    do {
+        names.push_back(data.cFileName);
+    } while (::FindNextFileW(find, &data));
+    ::FindClose(find);
+    return names;
+}
+
 std::vector<std::wstring> BackupFiles(const std::wstring& folder)
 {
     std::vector<std::wstring> files;
-    WIN32_FIND_DATAW data;
-    HANDLE find = ::FindFirstFileW((folder + L"Morvane.ini.xml.*").c_str(), &data);
-    if (find == INVALID_HANDLE_VALUE)
-        return files;
-    do {
-        const std::wstring name = data.cFileName;
+    for (const std::wstring& name : FileNames(folder, L"Morvane.ini.xml.*"))
         if (name.size() > 16 && name.find(L".saving") == std::wstring::npos)
             files.push_back(folder + name);
-    } while (::FindNextFileW(find, &data));
-    ::FindClose(find);
     return files;
 }
 
@@ -341,4 +349,195 @@ TEST_F(OptionsApply, OptionsIsRefusedWhileTheAddressSpaceEditorIsOpen)
     EXPECT_EQ(::GetDlgItem(refusal, IDC_ED_TITLE), nullptr) << "the options dialog itself did not open";
     test::ClickButton(refusal, IDOK);
     EXPECT_TRUE(test::WaitUntil([&] { return !::IsWindow(refusal); }, 10s));
+}
+
+// ---- time-outs and failures of the sequence against the simulator ----------
+
+namespace {
+
+// The control panel's own log lines (every MorvaneGui.*.log of the folder).
+std::vector<std::string> ControlPanelLogLines(const std::wstring& folder)
+{
+    std::vector<std::string> lines;
+    for (const std::wstring& name : FileNames(folder, L"MorvaneGui.*.log")) {
+        const std::string bytes = test::ReadFileBytes(folder + name);
+        size_t start = 0;
+        for (size_t end; (end = bytes.find("\r\n", start)) != std::string::npos; start = end + 2)
+            lines.push_back(bytes.substr(start, end - start));
+    }
+    return lines;
+}
+
+// The log lines of this level that contain the text.
+std::vector<std::string> LogLinesWith(const std::wstring& folder, unsigned level, const std::string& text)
+{
+    std::vector<std::string> found;
+    const std::string tag = ") [" + std::to_string(level) + "] ";
+    for (const std::string& line : ControlPanelLogLines(folder))
+        if (line.find(tag) != std::string::npos && line.find(text) != std::string::npos)
+            found.push_back(line);
+    return found;
+}
+
+} // namespace
+
+// The service takes longer than the 30 s time-out to stop: a warning, and the
+// rest of the sequence runs to the success message.
+TEST_F(OptionsApply, ServiceSlowToStopIsAWarningAndTheChangeGoesOnToTheSuccessMessage)
+{
+    ASSERT_TRUE(server.Start());
+    server.SetKnob(sim::kKnobStopDelay, 33000);
+    server.SetKnob(sim::kKnobStopWaitHint, 500);
+    LaunchAndOpenOptions();
+    SetText(IDC_ED_SERVICENAME, newService);
+    OkAndYes();
+    const HWND done = WaitForDialog(m_process->Id(), L"Ok", m_dialog, 120s);
+    ASSERT_NE(done, nullptr) << "no success message";
+    const std::wstring doneText = test::DialogItemText(done, 0xFFFF);
+    test::ClickButton(done, IDOK);
+    ExpectNoErrorReportSoFar();
+    const std::vector<std::wstring> backups = BackupFiles(server.Folder());
+    ASSERT_EQ(backups.size(), 1u);
+    EXPECT_TRUE(CL::EqualsNoCase(doneText, kAppliedPrefix + backups[0])) << Narrow(doneText);
+    EXPECT_EQ(LogLinesWith(server.Folder(), 1, "did not stop within 30000 ms; the settings change goes on").size(),
+              1u);
+    EXPECT_TRUE(LogLinesWith(server.Folder(), 0, "").empty()) << "no error logged";
+    EXPECT_TRUE(server.WaitForEvent("started " + Narrow(newService), 20s));
+    EXPECT_EQ(server.CommandLineCalls(), (std::vector<std::string>{"/u", "/i"}));
+}
+
+// The service under its new name takes longer than 30 s to start: the
+// success message shows after the time-out, the change is complete.
+TEST_F(OptionsApply, ServiceSlowToStartIsAWarningAndTheSuccessMessageShows)
+{
+    ASSERT_TRUE(server.Start());
+    server.SetKnob(sim::kKnobStartDelay, 33000);
+    server.SetKnob(sim::kKnobStartWaitHint, 500);
+    LaunchAndOpenOptions();
+    SetText(IDC_ED_TITLE, L"Northfield");
+    SetText(IDC_ED_SERVICENAME, newService);
+    OkAndYes();
+    const HWND done = WaitForDialog(m_process->Id(), L"Ok", m_dialog, 120s);
+    ASSERT_NE(done, nullptr) << "no success message";
+    EXPECT_EQ(test::ServiceState(newService), static_cast<DWORD>(SERVICE_START_PENDING)) << "still starting";
+    test::ClickButton(done, IDOK);
+    EXPECT_TRUE(test::WaitUntil([&] { return !::IsWindow(m_dialog); }, 10s)) << "the dialog closes";
+    ExpectNoErrorReportSoFar();
+    EXPECT_EQ(LogLinesWith(server.Folder(), 1, "' did not start within 30000 ms; the new settings are in force").size(),
+              1u);
+    EXPECT_TRUE(LogLinesWith(server.Folder(), 0, "").empty()) << "no error logged";
+    CSettings saved;
+    LoadSettingsFrom(server.File(L"Morvane.ini.xml"), saved);
+    EXPECT_EQ(saved.Title, L"Northfield");
+    EXPECT_TRUE(test::WaitUntil([&] { return test::ServiceState(newService) == SERVICE_RUNNING; }, 20s));
+}
+
+// " /u" takes the executable away: " /i" cannot be started. The backup and
+// the new settings file stay, the service stays stopped and unregistered,
+// and the log says so.
+TEST_F(OptionsApply, RegisterThatCannotStartIsReportedAndLeavesTheBackupAndTheNewSettings)
+{
+    ASSERT_TRUE(server.Start());
+    server.SetKnob(sim::kKnobGoneAfterUnregister, 1);
+    LaunchAndOpenOptions();
+    SetText(IDC_ED_TITLE, L"Northfield");
+    SetText(IDC_ED_SERVICENAME, newService);
+    OkAndYes();
+    const HWND report = WaitForDialog(m_process->Id(), L"CException", m_dialog);
+    ASSERT_NE(report, nullptr) << "no error report";
+    EXPECT_NE(test::DialogItemText(report, 0xFFFF).find(L"CreateProcess"), std::wstring::npos);
+    test::ClickButton(report, IDOK);
+    ASSERT_TRUE(test::WaitUntil([&] { return !::IsWindow(report); }, 10s));
+
+    EXPECT_TRUE(::IsWindow(m_dialog) && ::IsWindowVisible(m_dialog)) << "the dialog stays open";
+    EXPECT_EQ(server.CommandLineCalls(), (std::vector<std::string>{"/u"}));
+    EXPECT_EQ(test::ServiceState(server.ServiceName()), 0u) << "removed by /u";
+    EXPECT_EQ(test::ServiceState(newService), 0u) << "never registered";
+    const std::vector<std::wstring> backups = BackupFiles(server.Folder());
+    ASSERT_EQ(backups.size(), 1u);
+    CSettings backup;
+    LoadSettingsFrom(backups[0], backup);
+    EXPECT_EQ(backup.ServiceName, server.ServiceName());
+    CSettings saved;
+    LoadSettingsFrom(server.File(L"Morvane.ini.xml"), saved);
+    EXPECT_EQ(saved.ServiceName, newService);
+
+    const std::vector<std::string> errors = LogLinesWith(server.Folder(), 0, "");
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_NE(errors[0].find("Settings change failed at running \"" + Narrow(server.Folder()) + "Morvane.exe\" /i ("),
+              std::string::npos)
+        << errors[0];
+    EXPECT_NE(errors[0].find("backup written to " + Narrow(backups[0])), std::string::npos) << errors[0];
+    EXPECT_NE(errors[0].find("The previous settings are in " + Narrow(backups[0]) + "."), std::string::npos)
+        << errors[0];
+
+    // With the executable back, OK again completes the change and keeps the
+    // one backup of the settings in force before the first attempt.
+    ASSERT_TRUE(::MoveFileW(server.File(L"Morvane.exe.gone").c_str(), server.ServerExePath().c_str()));
+    server.SetKnob(sim::kKnobGoneAfterUnregister, 0);
+    OkAndYes();
+    const HWND done = WaitForDialog(m_process->Id(), L"Ok", m_dialog);
+    ASSERT_NE(done, nullptr) << "no success message";
+    EXPECT_TRUE(CL::EqualsNoCase(test::DialogItemText(done, 0xFFFF), kAppliedPrefix + backups[0]));
+    test::ClickButton(done, IDOK);
+    EXPECT_EQ(BackupFiles(server.Folder()), backups);
+    EXPECT_TRUE(server.WaitForEvent("started " + Narrow(newService), 20s)) << "it ran before the first attempt";
+}
+
+// The settings file cannot be replaced (a folder stands in its place; under
+// Wine run as root a read-only file would still be written): the backup is
+// written, the save is refused with "Access denied.", the service stays
+// stopped. A retry once
+// the file can be written completes the change with that one backup.
+TEST_F(OptionsApply, SettingsFileThatCannotBeWrittenIsReportedAfterTheBackup)
+{
+    ASSERT_TRUE(server.Start());
+    LaunchAndOpenOptions();
+    const std::wstring settingsFile = server.File(L"Morvane.ini.xml");
+    ASSERT_TRUE(::DeleteFileW(settingsFile.c_str()));
+    ASSERT_TRUE(::CreateDirectoryW(settingsFile.c_str(), nullptr));
+    SetText(IDC_ED_TITLE, L"Northfield");
+    OkAndYes();
+    HWND report = nullptr;
+    ASSERT_TRUE(test::WaitUntil(
+        [&] {
+            report = FindDialog(m_process->Id(), L"", m_dialog);
+            return report != nullptr;
+        },
+        40s))
+        << "no error report";
+    // Writing over a folder is refused as a read-only file is on Windows.
+    EXPECT_EQ(test::WindowText(report), L"Exception");
+    EXPECT_EQ(test::DialogItemText(report, 0xFFFF).rfind(L"Access denied.", 0), 0u);
+    test::ClickButton(report, IDOK);
+    ASSERT_TRUE(test::WaitUntil([&] { return !::IsWindow(report); }, 10s));
+
+    EXPECT_TRUE(::IsWindow(m_dialog) && ::IsWindowVisible(m_dialog)) << "the dialog stays open";
+    EXPECT_EQ(server.State(), static_cast<DWORD>(SERVICE_STOPPED)) << "the stop is not undone";
+    EXPECT_EQ(server.CommandLineCalls(), (std::vector<std::string>{"/u"}));
+    const std::vector<std::wstring> backups = BackupFiles(server.Folder());
+    ASSERT_EQ(backups.size(), 1u);
+    CSettings backup;
+    LoadSettingsFrom(backups[0], backup);
+    EXPECT_EQ(backup.Title, L"Varnel");
+    EXPECT_EQ(backup.ServiceName, server.ServiceName());
+    const std::vector<std::string> errors = LogLinesWith(server.Folder(), 0, "");
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_NE(errors[0].find("Settings change failed at the save of the new settings to " + Narrow(settingsFile)),
+              std::string::npos)
+        << errors[0];
+    EXPECT_NE(errors[0].find("The previous settings are in " + Narrow(backups[0]) + "."), std::string::npos)
+        << errors[0];
+
+    ASSERT_TRUE(::RemoveDirectoryW(settingsFile.c_str()));
+    OkAndYes();
+    const HWND done = WaitForDialog(m_process->Id(), L"Ok", m_dialog);
+    ASSERT_NE(done, nullptr) << "no success message";
+    EXPECT_TRUE(CL::EqualsNoCase(test::DialogItemText(done, 0xFFFF), kAppliedPrefix + backups[0]));
+    test::ClickButton(done, IDOK);
+    EXPECT_EQ(BackupFiles(server.Folder()), backups);
+    CSettings saved;
+    LoadSettingsFrom(settingsFile, saved);
+    EXPECT_EQ(saved.Title, L"Northfield");
+    EXPECT_TRUE(test::WaitUntil([&] { return server.State() == SERVICE_RUNNING; }, 20s)) << "started again";
 }

@@ -974,7 +974,7 @@ TEST_F(EditorWindow, TheProgramsMessageLoopGivesKeysToTheEditorsAccelerators)
     test::TempDir otherDir;
     const std::wstring file = otherDir.File(L"DefaultAddressSpace.xml");
     test::WriteFileBytes(file, test::EditorSampleSpace());
-    auto second = std::make_unique<CL::CAddressSpaceEditor>(historian, CAddressSpaceExchange(file));
+    auto second = std::make_unique<CL::CAddressSpaceEditor>(historian, CAddressSpaceExchange(test::SettingsServiceName, file));
     ASSERT_TRUE(second->PrepareOpen());
     ASSERT_TRUE(second->Create());
     CMainFrame& frame = second->Frame();

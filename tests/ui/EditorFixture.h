@@ -20,6 +20,7 @@
 #include "config/Settings.h"
 #include "res/resource.h"
 #include "support/DialogScript.h"
+#include "support/SettingsServiceName.h"
 #include "support/TestSupport.h"
 
 namespace test {
@@ -70,7 +71,7 @@ protected:
         ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         g_Settings.ServiceName = L"MvEditorServiceNotInstalled";
         WriteFileBytes(exchangeFile, EditorSampleSpace());
-        editor = std::make_unique<CL::CAddressSpaceEditor>(historian, CAddressSpaceExchange(exchangeFile));
+        editor = std::make_unique<CL::CAddressSpaceEditor>(historian, CAddressSpaceExchange(test::SettingsServiceName, exchangeFile));
         ASSERT_TRUE(editor->PrepareOpen());
         ASSERT_TRUE(editor->Create());
         ::ShowWindow(Frame(), SW_SHOWNORMAL);

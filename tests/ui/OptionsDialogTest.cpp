@@ -599,30 +599,8 @@ TEST_F(OptionsDialog, MissingServerExecutableEndsInTheErrorReportWithTheDialogOp
     EXPECT_EQ(g_Settings.Title, L"Varnel");
 }
 
-// Service control through the scripted manager: the service itself does not
-// stop within the time-out.
-TEST_F(OptionsDialog, ServiceThatDoesNotStopInTimeEndsInTheErrorReportBeforeAnythingIsRun)
-{
-    test::FakeServiceManager manager;
-    test::FakeServiceManager::Service& service = manager.Add(L"Morvane", SERVICE_RUNNING);
-    service.stopDuration = test::FakeServiceManager::kNever;
-    service.stopWaitHint = 1000;   // the fake clock advances by the hint
-    test::ScopedServiceManager scoped(manager);
-    CL::CServerProcessControl real;
-    CdlgOptions options(real, folder.Path());
-    ASSERT_TRUE(options.Create(nullptr, IDD_OPTIONS));
-    Answers answers;
-    test::Click(options, IDOK);
-    const std::vector<test::MessageBoxInfo> seen = answers.Seen();
-    ASSERT_EQ(seen.size(), 2u);
-    EXPECT_EQ(seen[0].text, kRestartQuestion);
-    EXPECT_NE(seen[1].text.find(L"StopServiceAndWait"), std::wstring::npos) << CL::Narrow(seen[1].text);
-    EXPECT_TRUE(::IsWindow(options));
-    EXPECT_EQ(manager.Get(L"Morvane").state, static_cast<DWORD>(SERVICE_STOP_PENDING));
-    EXPECT_TRUE(test::BackupFiles(folder.Path()).empty());
-    EXPECT_FALSE(SettingsFileWritten());
-}
-
+// Service control through the scripted manager (the time-outs of the
+// service itself are results: OptionsApplyFailureTest).
 TEST_F(OptionsDialog, DependentThatDoesNotStopInTimeEndsInTheErrorReportWithTheDialogOpen)
 {
     test::FakeServiceManager manager;

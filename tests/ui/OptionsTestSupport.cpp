@@ -6,13 +6,13 @@ namespace test {
 
 bool FakeServerControl::IsServiceRunning(const std::wstring& name)
 {
-    calls.push_back(L"running? " + name);
+    Record(L"running? " + name);
     return running;
 }
 
 bool FakeServerControl::StopServiceAndWait(const std::wstring& name, DWORD /*timeoutMs*/)
 {
-    calls.push_back(L"stop " + name);
+    Record(L"stop " + name);
     if (stopsInTime)
         running = false;
     return stopsInTime;
@@ -20,14 +20,14 @@ bool FakeServerControl::StopServiceAndWait(const std::wstring& name, DWORD /*tim
 
 bool FakeServerControl::StartServiceAndWait(const std::wstring& name, DWORD /*timeoutMs*/)
 {
-    calls.push_back(L"start " + name);
+    Record(L"start " + name);
     running = startsInTime;
     return startsInTime;
 }
 
 DWORD FakeServerControl::RunAndWait(const std::wstring& commandLine)
 {
-    calls.push_back(L"run " + commandLine);
+    Record(L"run " + commandLine);
     FolderLook look;
     look.backups = BackupFiles(m_folder).size();
     if (FileExists(m_folder + CL::kSettingsFileName)) {
@@ -37,6 +37,13 @@ DWORD FakeServerControl::RunAndWait(const std::wstring& commandLine)
     }
     looks.push_back(look);
     return runner ? runner(commandLine) : 0;
+}
+
+void FakeServerControl::Record(const std::wstring& call)
+{
+    calls.push_back(call);
+    if (onCall)
+        onCall(call);
 }
 
 std::vector<std::wstring> BackupFiles(const std::wstring& folder)

@@ -35,11 +35,17 @@ public:
     std::vector<FolderLook> looks;
     // Runs instead of the recorded run when set (e.g. the real runner).
     std::function<DWORD(const std::wstring&)> runner;
+    // Called with each call's text (as recorded in `calls`) before the call
+    // does anything: a test makes one step fail by throwing from it.
+    std::function<void(const std::wstring&)> onCall;
 
     bool IsServiceRunning(const std::wstring& name) override;
     bool StopServiceAndWait(const std::wstring& name, DWORD timeoutMs) override;
     bool StartServiceAndWait(const std::wstring& name, DWORD timeoutMs) override;
     DWORD RunAndWait(const std::wstring& commandLine) override;
+
+protected:
+    void Record(const std::wstring& call);
 
 private:
     std::wstring m_folder;

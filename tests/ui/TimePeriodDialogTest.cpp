@@ -3,6 +3,7 @@
 // on OK and on Cancel.
 #include "HistWinFixture.h"
 
+#include "historian/PickerTime.h"
 #include "historian/dlgTimePeriod.h"
 #include "res/resource.h"
 #include "support/LogCapture.h"
@@ -118,6 +119,8 @@ TEST(TimePeriodDialog, UncheckedPresetDisablesItsPicker)
     EXPECT_FALSE(dialog.m_useTo);
 }
 
+// The picker is moved after its box was unchecked: closing must read it
+// back, so a dialog that kept the preset fails here.
 TEST(TimePeriodDialog, UncheckingFromDisablesItsPickerAndItsValueIsStillReadBack)
 {
     CdlgTimePeriod dialog;
@@ -130,27 +133,45 @@ TEST(TimePeriodDialog, UncheckingFromDisablesItsPickerAndItsValueIsStillReadBack
         Click(box, IDC_TIMEPERIOD_CHK_FROM);
         enabledAfterRecheck = ::IsWindowEnabled(::GetDlgItem(box, IDC_TIMEPERIOD_FROM));
         Click(box, IDC_TIMEPERIOD_CHK_FROM);
+        SYSTEMTIME moved = CL::DateToSystemTime(Date(2023, 11, 5, 6, 7, 8));
+        ::SendMessageW(::GetDlgItem(box, IDC_TIMEPERIOD_FROM), DTM_SETSYSTEMTIME, GDT_VALID,
+                       reinterpret_cast<LPARAM>(&moved));
         test::ClickButton(box, IDOK);
     });
     EXPECT_FALSE(enabledAfterUncheck);
     EXPECT_TRUE(enabledAfterRecheck);
     EXPECT_FALSE(dialog.m_useFrom);
     EXPECT_TRUE(dialog.m_useTo);
-    EXPECT_EQ(CL::DateToString(dialog.m_from), L"01:02:2024 - 13:45:30:000");
+    EXPECT_EQ(CL::DateToString(dialog.m_from), L"05:11:2023 - 06:07:08:000") << "the moved picker is read back";
 }
 
+// The picker holds 500 ms (checked first, so that the test cannot pass
+// because the control dropped them): the dialog's read of the picker must
+// clear them. SystemTimeToVariantTime drops milliseconds by itself, so the
+// read is also looked at before that conversion (GetPickerTime, what closing
+// the dialog reads the pickers with).
 TEST(TimePeriodDialog, PickerSecondComesBackExactlyWithZeroMilliseconds)
 {
     CdlgTimePeriod dialog;
     dialog.m_from = Date(2020, 1, 1, 0, 0, 0);
     dialog.m_to = Date(2020, 1, 1, 0, 0, 0);
+    WORD heldMilliseconds = 0;
+    SYSTEMTIME read = {};
     const INT_PTR result = RunDialog(dialog, [&](HWND box) {
-        SYSTEMTIME st = CL::DateToSystemTime(Date(2024, 2, 1, 13, 45, 30, 500));
-        ::SendMessageW(::GetDlgItem(box, IDC_TIMEPERIOD_FROM), DTM_SETSYSTEMTIME, GDT_VALID,
-                       reinterpret_cast<LPARAM>(&st));
+        const HWND picker = ::GetDlgItem(box, IDC_TIMEPERIOD_FROM);
+        SYSTEMTIME st = CL::DateToSystemTime(Date(2024, 2, 1, 13, 45, 30));
+        st.wMilliseconds = 500;
+        ::SendMessageW(picker, DTM_SETSYSTEMTIME, GDT_VALID, reinterpret_cast<LPARAM>(&st));
+        SYSTEMTIME held = {};
+        ::SendMessageW(picker, DTM_GETSYSTEMTIME, 0, reinterpret_cast<LPARAM>(&held));
+        heldMilliseconds = held.wMilliseconds;
+        read = CL::GetPickerTime(picker);
         test::ClickButton(box, IDOK);
     });
     EXPECT_EQ(result, IDOK);
+    ASSERT_EQ(heldMilliseconds, 500) << "the picker keeps the milliseconds it is given";
+    EXPECT_EQ(read.wMilliseconds, 0);
+    EXPECT_EQ(read.wSecond, 30);
     SYSTEMTIME exact = {};
     exact.wYear = 2024;
     exact.wMonth = 2;

@@ -6,6 +6,7 @@
 
 #include "EditorFixture.h"
 #include "FakeTrayParts.h"
+#include "support/SettingsServiceName.h"
 #include "app/DummyWnd.h"
 
 namespace {
@@ -17,7 +18,7 @@ protected:
         ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         g_Settings.ServiceName = L"MvTrayEditorNotInstalled";
         test::WriteFileBytes(exchangeFile, test::EditorSampleSpace());
-        auto real = std::make_unique<CL::CAddressSpaceEditor>(historian, CAddressSpaceExchange(exchangeFile));
+        auto real = std::make_unique<CL::CAddressSpaceEditor>(historian, CAddressSpaceExchange(test::SettingsServiceName, exchangeFile));
         editor = real.get();
         window.SetAddressSpaceEditor(std::move(real));
         window.SetOptionsDialog(std::make_unique<test::FakeOptions>(options, true));

@@ -8,8 +8,10 @@
 #include <thread>
 
 #include "addressspace/AddressSpaceExchange.h"
+#include "app/AddressSpaceEditor.h"
 #include "common/ServiceControl.h"
 #include "config/Settings.h"
+#include "support/SettingsServiceName.h"
 #include "support/FakeServiceManager.h"
 #include "support/TestSupport.h"
 
@@ -107,7 +109,7 @@ protected:
     ServerBehindFakeManager scm;
     test::ScopedServiceManager useScm{scm};
     CAddressSpaceDocument document;
-    CAddressSpaceExchange exchange{exchangeFile};
+    CAddressSpaceExchange exchange{test::SettingsServiceName, exchangeFile};
 };
 
 const wchar_t kLoadQuestion[] =
@@ -362,7 +364,7 @@ TEST_F(AddressSpaceExchange, SaveToServerWithServerStoppedOnlyWritesTheFile)
 TEST_F(AddressSpaceExchange, FailedSaveKeepsTheDirtyFlagAndSendsNothing)
 {
     ServerRuns();
-    CAddressSpaceExchange nowhere(dir.File(L"missing\\DefaultAddressSpace.xml"));
+    CAddressSpaceExchange nowhere(test::SettingsServiceName, dir.File(L"missing\\DefaultAddressSpace.xml"));
     document.SetDirty();
     EXPECT_THROW(nowhere.SaveToServer(document), CL::CException);
     EXPECT_TRUE(document.IsDirty());
@@ -371,5 +373,28 @@ TEST_F(AddressSpaceExchange, FailedSaveKeepsTheDirtyFlagAndSendsNothing)
 
 TEST_F(AddressSpaceExchange, ExchangeFileIsBesideTheExecutable)
 {
-    EXPECT_EQ(CAddressSpaceExchange::DefaultExchangeFilePath(), test::ProgramFolder() + L"DefaultAddressSpace.xml");
+    EXPECT_EQ(CL::CAddressSpaceEditor::InstalledServerExchange().ExchangeFile(),
+              test::ProgramFolder() + L"DefaultAddressSpace.xml");
+}
+
+// The program's exchange asks the settings for the service at each call: a
+// service renamed by the options dialog gets the control codes.
+TEST_F(AddressSpaceExchange, ProgramsExchangeFollowsARenamedService)
+{
+    CAddressSpaceExchange installed = CL::CAddressSpaceEditor::InstalledServerExchange();
+    scm.Add(L"MvExchangeRenamed", SERVICE_RUNNING);
+    g_Settings.ServiceName = L"MvExchangeRenamed";
+    CAddressSpaceDocument other;
+    other.SetModel(CAddressSpaceDocument::ModelPtr::Make());
+    const std::wstring file = installed.ExchangeFile();
+    const bool existed = test::FileExists(file);
+    const std::string before = existed ? test::ReadFileBytes(file) : std::string();
+    installed.SaveToServer(other);
+    EXPECT_EQ(scm.Get(L"MvExchangeRenamed").controls, (std::vector<DWORD>{CL::kControlReloadAddressSpace}));
+    EXPECT_TRUE(Controls().empty());
+    if (existed)
+        test::WriteFileBytes(file, before);
+    else
+        ::DeleteFileW(file.c_str());
+    g_Settings.ServiceName = kService;
 }

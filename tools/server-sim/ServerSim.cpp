@@ -44,7 +44,13 @@ CSettings ReadSettings(const std::wstring& folder)
 int RunInstallCall(const std::wstring& call, sim::CSimReport& report)
 {
     report.Event("command line " + CL::ToUtf8(call));
-    if (!sim::ReadKnobs(report.Folder()).serviceOnInstall)
+    const sim::SimKnobs knobs = sim::ReadKnobs(report.Folder());
+    if (call == L"/u" && knobs.goneAfterUnregister) {
+        const BOOL moved = ::MoveFileExW(SelfPath().c_str(), (report.Folder() + sim::kGoneExecutableName).c_str(),
+                                         MOVEFILE_REPLACE_EXISTING);
+        report.Event(CL::FormatA("moved away: error %lu", moved ? 0ul : ::GetLastError()));
+    }
+    if (!knobs.serviceOnInstall)
         return 0;
     const CSettings settings = ReadSettings(report.Folder());
     const DWORD error = call == L"/i"

@@ -42,6 +42,10 @@ inline constexpr wchar_t kKnobStopDelay[] = L"StopDelay";         // ms the stop
 // 1: " /u" also deletes the service named in the settings file and " /i"
 // registers it (as the real server's unregister/register do).
 inline constexpr wchar_t kKnobServiceOnInstall[] = L"ServiceOnInstall";
+// 1: " /u" moves the executable away (to Morvane.exe.gone), so that the
+// " /i" after it cannot be started.
+inline constexpr wchar_t kKnobGoneAfterUnregister[] = L"GoneAfterUnregister";
+inline constexpr wchar_t kGoneExecutableName[] = L"Morvane.exe.gone";
 // Milliseconds between two periodic archive runs (missing: 5000; 0: no
 // periodic runs, only those at start and after each reload).
 inline constexpr wchar_t kKnobArchiveIntervalMs[] = L"ArchiveIntervalMs";

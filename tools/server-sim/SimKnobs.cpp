@@ -24,6 +24,7 @@ SimKnobs ReadKnobs(const std::wstring& folder)
     knobs.stopWaitHint = Knob(file, kKnobStopWaitHint);
     knobs.stopDelay = Knob(file, kKnobStopDelay);
     knobs.serviceOnInstall = Knob(file, kKnobServiceOnInstall) != 0;
+    knobs.goneAfterUnregister = Knob(file, kKnobGoneAfterUnregister) != 0;
     knobs.archiveIntervalMs = Knob(file, kKnobArchiveIntervalMs, kDefaultArchiveIntervalMs);
     const unsigned values = Knob(file, kKnobArchiveValues);
     knobs.archiveValues = values == 0 ? kDefaultArchiveValues : values > 1000 ? 1000 : values;

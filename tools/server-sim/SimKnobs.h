@@ -12,6 +12,7 @@ struct SimKnobs {
     unsigned stopWaitHint = 0;
     unsigned stopDelay = 0;
     bool serviceOnInstall = false;
+    bool goneAfterUnregister = false;
     unsigned archiveIntervalMs = 0;   // 0: no periodic archive runs
     unsigned archiveValues = 1;       // at least 1
 };

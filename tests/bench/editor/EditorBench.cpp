@@ -156,7 +156,7 @@ int main(int argc, char** argv)
         loaded->Load(path);
         const double load = Seconds() - loadStart;
 
-        CMainFrame frame{CAddressSpaceExchange(path)};
+        CMainFrame frame{CAddressSpaceExchange([] { return std::wstring(L"MvBenchNoService"); }, path)};
         frame.Document().SetModel(loaded);
         const double showStart = Seconds();
         if (!frame.Create())
