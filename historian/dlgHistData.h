@@ -57,6 +57,7 @@ private:
     void OnBnClickedChkChart();
     LRESULT OnColumnClick(const NMHDR* header);
     void OnSysColorChange();
+    void OnDpiChanged() override;
     bool OnNotify(const NMHDR* header, LRESULT* result);
 
     void InitControls();

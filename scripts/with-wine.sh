@@ -51,7 +51,7 @@ trap 'exit 130' INT TERM HUP
 start_xvfb() {
     local numberFile="$BUILD_DIR/xvfb.display" n
     rm -f "$numberFile"
-    Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$numberFile" >"$BUILD_DIR/xvfb.log" 2>&1 &
+    Xvfb -displayfd 3 -screen 0 "${MORVANE_SCREEN:-2560x1600x24}" -nolisten tcp 3>"$numberFile" >"$BUILD_DIR/xvfb.log" 2>&1 &
     XVFB_PID=$!
     for _ in $(seq 1 100); do
         n=$(head -n 1 "$numberFile" 2>/dev/null)

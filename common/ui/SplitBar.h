@@ -14,7 +14,9 @@ namespace CL {
 
 class CSplitBar : public CWindow {
 public:
-    static constexpr int kHeight = 6;   // pixels
+    static constexpr int kHeight = 6;   // pixels at 96 dpi
+    // The bar's height at the DPI of the window it is in.
+    int Height() const;
 
     // Creates the bar as a child of parent. Throws CException on failure.
     HWND Create(HWND parent, UINT id);
