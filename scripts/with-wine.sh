@@ -6,6 +6,8 @@
 #   - one persistent wineserver for the whole run, so services and processes
 #     survive between test programs,
 #   - the locale pinned so that number formats are the same everywhere,
+#   - the display scale pinned to 96 dpi, or to MORVANE_DPI when it is set
+#     (the window tests run once more at 144 dpi this way),
 #   - the time zone pinned to UTC, or to MORVANE_TZ when it is set (Wine
 #     takes the zone from TZ when its session starts; the local-time tests
 #     run once more in another zone this way),
@@ -109,6 +111,7 @@ prepare_prefix || { echo "with-wine.sh: could not prepare the Wine prefix" >&2; 
 prepare_odbc || { echo "with-wine.sh: could not write the ODBC data source file" >&2; exit 1; }
 start_postgres
 wineserver -p
+"$SCRIPT_DIR/set-dpi.sh" "${MORVANE_DPI:-96}"
 # Start the prefix's background processes now, detached from any caller's pipes.
 wine cmd /c exit </dev/null >/dev/null 2>&1
 "$@"

@@ -23,7 +23,8 @@ int CSplitBar::Height() const
 HWND CSplitBar::Create(HWND parent, UINT id)
 {
     const RECT place = {0, 0, 10, CDpi::Of(parent).Scale(kHeight)};
-    if (!CreateEx(parent, nullptr, WS_CHILD | WS_VISIBLE | WS_CLIPSIBLINGS, 0, &place,
+    // The text is the bar's name for screen readers.
+    if (!CreateEx(parent, kName, WS_CHILD | WS_VISIBLE | WS_CLIPSIBLINGS, 0, &place,
                   reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id))))
         ThrowLastError(L"m_splitBar.Create (m_hWnd)");
     return Hwnd();

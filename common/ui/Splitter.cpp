@@ -11,7 +11,8 @@ namespace CL {
 HWND CSplitter::Create(HWND parent, UINT id, int position)
 {
     m_position = position;
-    return CreateEx(parent, nullptr, WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, WS_EX_CONTROLPARENT, nullptr,
+    // The text is the bar's name for screen readers.
+    return CreateEx(parent, kName, WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, WS_EX_CONTROLPARENT, nullptr,
                     reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)));
 }
 

@@ -16,6 +16,7 @@ namespace CL {
 class CSplitter : public CWindow {
 public:
     static constexpr int kBarWidth = 5;   // pixels at 96 dpi
+    static constexpr wchar_t kName[] = L"Splitter";   // its accessible name
     // The bar's width at the window's DPI.
     int BarWidth() const;
 

@@ -79,6 +79,7 @@ std::unique_ptr<OpenedWindow> Editor()
     auto opened = std::make_unique<OpenedWindow>();
     auto& frame = opened->Keep<CMainFrame>();
     opened->SetHwnd(frame.Create());
+    opened->translate = [&frame](MSG& msg) { return frame.PreTranslateMessage(msg); };
     ::ShowWindow(frame, SW_SHOW);
     return opened;
 }

@@ -25,6 +25,9 @@ public:
 
     HWND Hwnd() const { return m_hwnd; }
     void SetHwnd(HWND hwnd) { m_hwnd = hwnd; }
+    // What the program's message loop does with a message for the window
+    // before dispatching it (a frame's accelerators); true: handled.
+    std::function<bool(MSG&)> translate;
     // Keeps an object alive as long as the window; returns it.
     template <typename T, typename... Args>
     T& Keep(Args&&... args)
