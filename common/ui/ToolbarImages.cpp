@@ -15,21 +15,28 @@ constexpr int kLarge = 24;
 // One image as straight (not premultiplied) ARGB pixels, top row first.
 using Pixels = std::vector<uint32_t>;
 
-// A top-down 32-bit DIB section selected into a memory DC for drawing.
+// A top-down 32-bit DIB section; bits receives its pixels.
+UniqueGdiObject MakeDib(int width, int height, uint32_t** bits)
+{
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = width;
+    info.bmiHeader.biHeight = -height;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    info.bmiHeader.biCompression = BI_RGB;
+    void* pixels = nullptr;
+    UniqueGdiObject bitmap(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &pixels, nullptr, 0));
+    *bits = static_cast<uint32_t*>(pixels);
+    return bitmap;
+}
+
+// A 32-bit DIB section selected into a memory DC for drawing.
 class DibCanvas {
 public:
     DibCanvas(int width, int height) : m_dc(::CreateCompatibleDC(nullptr))
     {
-        BITMAPINFO info = {};
-        info.bmiHeader.biSize = sizeof info.bmiHeader;
-        info.bmiHeader.biWidth = width;
-        info.bmiHeader.biHeight = -height;
-        info.bmiHeader.biPlanes = 1;
-        info.bmiHeader.biBitCount = 32;
-        info.bmiHeader.biCompression = BI_RGB;
-        void* bits = nullptr;
-        m_bitmap.reset(::CreateDIBSection(m_dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
-        m_bits = static_cast<uint32_t*>(bits);
+        m_bitmap = MakeDib(width, height, &m_bits);
         m_old = ::SelectObject(m_dc, m_bitmap.get());
     }
     DibCanvas(const DibCanvas&) = delete;
@@ -148,18 +155,11 @@ void AddImage(HIMAGELIST list, const Pixels& pixels, int size)
 {
     if (pixels.size() != static_cast<size_t>(size) * size)
         return;
-    BITMAPINFO info = {};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = size;
-    info.bmiHeader.biHeight = -size;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
-    void* bits = nullptr;
-    const UniqueGdiObject bitmap(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    uint32_t* bits = nullptr;
+    const UniqueGdiObject bitmap = MakeDib(size, size, &bits);
     if (!bitmap || !bits)
         return;
-    std::copy(pixels.begin(), pixels.end(), static_cast<uint32_t*>(bits));
+    std::copy(pixels.begin(), pixels.end(), bits);
     ::ImageList_Add(list, static_cast<HBITMAP>(bitmap.get()), nullptr);
 }
 

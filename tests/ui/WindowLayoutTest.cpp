@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "HistWinFixture.h"
 #include "WindowCatalog.h"
 #include "WindowGeometry.h"
 #include "common/Text.h"
@@ -55,17 +56,6 @@ bool Contains(const RECT& outer, const RECT& inner)
 HWND HeaderOf(HWND list)
 {
     return reinterpret_cast<HWND>(::SendMessageW(list, LVM_GETHEADER, 0, 0));
-}
-
-std::wstring ColumnTitle(HWND list, int column)
-{
-    wchar_t text[256] = {};
-    LVCOLUMNW col = {};
-    col.mask = LVCF_TEXT;
-    col.pszText = text;
-    col.cchTextMax = 256;
-    ::SendMessageW(list, LVM_GETCOLUMNW, column, reinterpret_cast<LPARAM>(&col));
-    return text;
 }
 
 // The height of one line of a list, from its first row or its font.
@@ -115,7 +105,7 @@ TEST_P(WindowLayout, EveryColumnHeaderShowsItsTitleAndSortArrow)
         for (int column = 0; column < count; ++column) {
             RECT item = {};
             ::SendMessageW(header, HDM_GETITEMRECT, column, reinterpret_cast<LPARAM>(&item));
-            const std::wstring title = ColumnTitle(c.hwnd, column);
+            const std::wstring title = histwin_test::HeaderText(c.hwnd, column);
             const int needed = test::TextExtent(header, title).cx + arrow + 4 * margin;
             EXPECT_GE(item.right - item.left, needed)
                 << Describe(c) << " column \"" << CL::Narrow(title) << "\" at " << Dpi().Value() << " dpi";
@@ -182,6 +172,36 @@ TEST_P(WindowLayout, EveryListShowsSeveralRows)
         ::GetWindowRect(HeaderOf(c.hwnd), &header);
         const int rows = (client.bottom - (header.bottom - header.top)) / RowHeight(c.hwnd);
         EXPECT_GE(rows, 4) << Describe(c) << " at " << Dpi().Value() << " dpi";
+    }
+}
+
+// WM_DPICHANGED as Windows sends it when the window moves to a monitor of
+// another scale: the window takes the suggested rectangle and lays itself
+// out in it as after a resize (this system has one DPI for every monitor, so
+// the DPI stays; the rectangle is moved, and a resizable window grown).
+TEST_P(WindowLayout, DpiChangeTakesTheSuggestedRectangleAndLaysTheWindowOut)
+{
+    RECT before = {};
+    ::GetWindowRect(Window(), &before);
+    const bool resizable = (::GetWindowLongW(Window(), GWL_STYLE) & WS_THICKFRAME) != 0;
+    const int grow = resizable ? Dpi().Scale(60) : 0;
+    RECT suggested = {before.left + 40, before.top + 30, before.right + 40 + grow, before.bottom + 30 + grow};
+    const int dpi = Dpi().Value();
+    ::SendMessageW(Window(), WM_DPICHANGED, MAKEWPARAM(dpi, dpi), reinterpret_cast<LPARAM>(&suggested));
+    RECT after = {};
+    ::GetWindowRect(Window(), &after);
+    EXPECT_EQ(after.left, suggested.left);
+    EXPECT_EQ(after.top, suggested.top);
+    EXPECT_EQ(after.right, suggested.right);
+    EXPECT_EQ(after.bottom, suggested.bottom);
+    for (const ControlInfo& c : test::VisibleControls(Window())) {
+        RECT parent = {};
+        ::GetClientRect(c.parent, &parent);
+        EXPECT_TRUE(Contains(parent, c.rect)) << Describe(c) << " leaves its parent after WM_DPICHANGED";
+        if (resizable && test::IsClass(c, WC_LISTVIEWW)) {
+            // The list follows the grown window, as after a resize.
+            EXPECT_GE(c.rect.right, parent.right * 3 / 4) << Describe(c) << " did not follow the window";
+        }
     }
 }
 
