@@ -111,7 +111,14 @@ prepare_prefix || { echo "with-wine.sh: could not prepare the Wine prefix" >&2; 
 prepare_odbc || { echo "with-wine.sh: could not write the ODBC data source file" >&2; exit 1; }
 start_postgres
 wineserver -p
+# The display scale. The session's first Wine process (here, the one that
+# writes the value) starts the desktop process, which keeps the scale it
+# read then: Wine maps window rectangles between processes with it. The
+# wineserver starts again so that the desktop starts at the new scale.
 "$SCRIPT_DIR/set-dpi.sh" "${MORVANE_DPI:-96}"
+wineserver -k
+wineserver -w
+wineserver -p
 # Start the prefix's background processes now, detached from any caller's pipes.
 wine cmd /c exit </dev/null >/dev/null 2>&1
 "$@"
