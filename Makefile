@@ -7,6 +7,10 @@ JOBS       ?= $(shell nproc)
 # it runs only when the whole suite runs, i.e. without CTEST_ARGS).
 TEST_ZONE  ?= Europe/Berlin
 ZONE_PASS  ?= 1
+# The display scale of the third pass, every window test again (DPI_PASS=0
+# skips it; like the zone pass it runs only without CTEST_ARGS).
+TEST_DPI   ?= 144
+DPI_PASS   ?= 1
 
 .PHONY: all deps build build-i686 dist test run bench fuzz screenshots clean
 
@@ -38,11 +42,14 @@ dist: build build-i686
 	  ls -l $(BUILD)/dist/MorvaneGui-$$v-setup.exe $(BUILD)/dist/MorvaneGui-$$v-x64-setup.exe
 
 # Every test under Wine, in one private prefix, display and wineserver; then
-# the local-time tests once more in a session started in another time zone.
+# the local-time tests once more in a session started in another time zone,
+# and the window tests once more at another display scale.
 test: build
 	scripts/with-wine.sh $(BUILD64) ctest --test-dir $(BUILD64) --output-on-failure -j 2 $(CTEST_ARGS)
-	@if [ "$(ZONE_PASS)" = 1 ] && [ -z "$(CTEST_ARGS)" ]; then \
+	@if [ "$(ZONE_PASS)" = 1 ] && [ -z '$(CTEST_ARGS)' ]; then \
 	    MORVANE_TZ=$(TEST_ZONE) scripts/with-wine.sh $(BUILD64) scripts/test-other-zone.sh $(BUILD64); fi
+	@if [ "$(DPI_PASS)" = 1 ] && [ -z '$(CTEST_ARGS)' ]; then \
+	    MORVANE_DPI=$(TEST_DPI) scripts/with-wine.sh $(BUILD64) scripts/test-other-dpi.sh $(BUILD64); fi
 
 # The long mutation campaign over every loader (tests/fuzz): FUZZ_INPUTS
 # inputs in all, at low priority; prints what each loader made of them. It

@@ -31,6 +31,7 @@
 #include "common/Handle.h"
 #include "common/Text.h"
 #include "common/Util_Variant.h"
+#include "common/ui/Dpi.h"
 #include "common/ui/OverwriteQuestion.h"
 #include "common/ui/WaitCursor.h"
 #include "res/resource.h"
@@ -128,8 +129,9 @@ HWND CMainFrame::Create()
         return nullptr;
     RECT work = {};
     ::SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
-    const int width = std::min(820, static_cast<int>(work.right - work.left));
-    const int height = std::min(560, static_cast<int>(work.bottom - work.top));
+    const CL::CDpi dpi = CL::CDpi::Of(nullptr);
+    const int width = std::min(dpi.Scale(820), static_cast<int>(work.right - work.left));
+    const int height = std::min(dpi.Scale(560), static_cast<int>(work.bottom - work.top));
     const int left = work.left + (work.right - work.left - width) / 2;
     const int top = work.top + (work.bottom - work.top - height) / 2;
     const RECT rect = {left, top, left + width, top + height};
@@ -169,9 +171,15 @@ LRESULT CMainFrame::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case WM_GETMINMAXINFO: {
         auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
-        info->ptMinTrackSize = POINT{kMinWidth, kMinHeight};
+        const CL::CDpi dpi = CL::CDpi::Of(Hwnd());
+        info->ptMinTrackSize = POINT{dpi.Scale(kMinWidth), dpi.Scale(kMinHeight)};
         return 0;
     }
+    case WM_DPICHANGED:
+        m_bars.OnDpiChanged();
+        m_list.OnDpiChanged();
+        CL::CDpi::OnDpiChanged(Hwnd(), lParam);   // its WM_SIZE lays the window out again
+        return 0;
     case WM_CLOSE:
         OnClose();
         return 0;
@@ -223,7 +231,7 @@ LRESULT CMainFrame::OnCreate()
     CL::RunReported([this, &created] {
         m_accelerators = ::LoadAcceleratorsW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDR_EDITOR_MENU));
         m_bars.Create(Hwnd(), ToolButtons());
-        if (!m_splitter.Create(Hwnd(), IDC_EDITOR_SPLITTER, kSplitterPosition))
+        if (!m_splitter.Create(Hwnd(), IDC_EDITOR_SPLITTER, CL::CDpi::Of(Hwnd()).Scale(kSplitterPosition)))
             CL::ThrowLastError(L"m_splitter.Create");
         m_tree = ::CreateWindowExW(WS_EX_CLIENTEDGE, WC_TREEVIEWW, L"",
                                    WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
@@ -241,7 +249,8 @@ LRESULT CMainFrame::OnCreate()
         m_splitter.onSplitterMove = [this](int position) {
             RECT client = {};
             ::GetClientRect(m_splitter, &client);
-            return position >= kMinPaneWidth && position <= client.right - CL::CSplitter::kBarWidth - kMinPaneWidth;
+            const int least = CL::CDpi::Of(m_splitter).Scale(kMinPaneWidth);
+            return position >= least && position <= client.right - m_splitter.BarWidth() - least;
         };
         m_document.AttachViews(this);
         Layout();

@@ -33,6 +33,7 @@ protected:
     BOOL OnInitDialog() override;
     bool OnCommand(WORD id, WORD code, HWND control) override;
     INT_PTR DialogProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    void OnDpiChanged() override { m_list.OnDpiChanged(); }
 
 private:
     // IReportRows over the rejected lines: "Line" sorts as a number.

@@ -8,6 +8,7 @@
 #include "common/DiagnosticLog.h"
 #include "common/ErrorReport.h"
 #include "common/ServiceControl.h"
+#include "common/ui/Dpi.h"
 #include "common/Exception.h"
 #include "config/Settings.h"
 #include "historian/HistorianAccess.h"
@@ -135,7 +136,10 @@ LRESULT CDummyWnd::OnCreate()
         NOTIFYICONDATAW nid = TrayIconRecord(Hwnd());
         nid.uFlags = NIF_MESSAGE | NIF_ICON | NIF_TIP;
         nid.uCallbackMessage = kShellNoteMessage;
-        nid.hIcon = ::LoadIconW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDI_MAIN));
+        const CL::CDpi dpi = CL::CDpi::Of(nullptr);
+        m_trayIcon.reset(static_cast<HICON>(::LoadImageW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDI_MAIN), IMAGE_ICON,
+                                                         dpi.Metric(SM_CXSMICON), dpi.Metric(SM_CYSMICON), 0)));
+        nid.hIcon = m_trayIcon.get();
         if (!nid.hIcon)
             CL::ThrowLastError(L"nid.hIcon = ::LoadIconW(_AtlBaseModule.GetModuleInstance (), "
                                L"((LPWSTR)((ULONG_PTR)((WORD)(201)))))");

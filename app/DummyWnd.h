@@ -45,6 +45,9 @@ public:
     // The tray icon's tip: the Title setting and " OPC Server Control Panel",
     // at most 127 characters.
     static std::wstring TrayTip();
+    // The icon the tray shows: the program's icon at the small icon size of
+    // the system metrics (the notification area's size at the system DPI).
+    HICON TrayIcon() const { return m_trayIcon.get(); }
 
 protected:
     const wchar_t* ClassName() const override { return kClassName; }
@@ -72,4 +75,5 @@ private:
     std::unique_ptr<CL::IOptionsDialog> m_options;
     std::function<void()> m_settingsApplied;
     CL::MenuFlags m_flags;
+    CL::UniqueIcon m_trayIcon;
 };

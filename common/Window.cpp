@@ -1,5 +1,7 @@
 #include "common/Window.h"
 
+#include "common/ui/Dpi.h"
+
 namespace CL {
 
 HINSTANCE ModuleInstance()
@@ -140,6 +142,10 @@ INT_PTR CDialog::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
         return OnInitDialog();
     case WM_COMMAND:
         return OnCommand(LOWORD(wParam), HIWORD(wParam), reinterpret_cast<HWND>(lParam)) ? TRUE : FALSE;
+    case WM_DPICHANGED:
+        OnDpiChanged();
+        CDpi::OnDpiChanged(m_hwnd, lParam);
+        return TRUE;
     default:
         return FALSE;
     }

@@ -73,7 +73,11 @@ protected:
     // WM_COMMAND; return true when handled. The default ends the dialog on
     // IDOK and IDCANCEL.
     virtual bool OnCommand(WORD id, WORD code, HWND control);
-    // Every message; the default routes WM_INITDIALOG and WM_COMMAND.
+    // WM_DPICHANGED, before the dialog moves to the suggested rectangle (its
+    // WM_SIZE then lays it out again): sizes kept in pixels are made again.
+    virtual void OnDpiChanged() {}
+    // Every message; the default routes WM_INITDIALOG, WM_COMMAND and
+    // WM_DPICHANGED.
     virtual INT_PTR DialogProc(UINT message, WPARAM wParam, LPARAM lParam);
     virtual void OnFinalMessage() {}
 

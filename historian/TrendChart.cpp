@@ -135,7 +135,7 @@ HWND CTrendChart::Create(HWND parent, UINT id)
     if (!CreateEx(parent, L"Chart", WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_CLIPSIBLINGS, WS_EX_CLIENTEDGE, &place,
                   reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id))))
         ThrowLastError(L"m_chart.Create (m_hWnd)");
-    m_renderer = std::make_unique<CTrendRenderer>(reinterpret_cast<HFONT>(::SendMessageW(parent, WM_GETFONT, 0, 0)));
+    MakeRenderer();
 
     m_tooltip = ::CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP,
                                   CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, Hwnd(), nullptr,
@@ -427,6 +427,15 @@ std::wstring CTrendChart::AskPngFile() const
                                L"png", PictureFileName(m_itemId));
 }
 
+// The renderer with the parent's font and the window's DPI (again after
+// the window moved to a monitor of another DPI, as the parent's font did).
+void CTrendChart::MakeRenderer()
+{
+    m_renderer = std::make_unique<CTrendRenderer>(
+        reinterpret_cast<HFONT>(::SendMessageW(::GetParent(Hwnd()), WM_GETFONT, 0, 0)));
+    m_renderer->SetDpi(CDpi::Of(Hwnd()).Value());
+}
+
 // --- messages --------------------------------------------------------------------
 
 LRESULT CTrendChart::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
@@ -443,6 +452,12 @@ LRESULT CTrendChart::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         return 1;
     case WM_SIZE:
         OnSize();
+        return 0;
+    case kDpiChangedAfterParent:
+        RunReported([this] {
+            MakeRenderer();
+            OnSize();
+        });
         return 0;
     case WM_GETDLGCODE:
         // While a drag is on, Esc cancels it instead of closing the dialog.

@@ -79,6 +79,9 @@ private:
     void OnPaint();
     void OnPrintClient(HDC dc);
     void OnSize();
+    void MakeRenderer();
+    // WM_DPICHANGED_AFTERPARENT (Windows 10 1703 and later).
+    static constexpr UINT kDpiChangedAfterParent = 0x02E3;
     void OnLButtonDown(POINT at);
     void OnLButtonUp(POINT at);
     void OnLButtonDblClk();

@@ -12,7 +12,6 @@ namespace CL {
 namespace {
 
 constexpr double kFarPixels = 1e7;   // farther off the plot is drawn as this far (floats keep whole pixels)
-constexpr int kMargin = 6;
 
 float Pixel(double v)
 {
@@ -114,8 +113,8 @@ CTrendRenderer::Layout CTrendRenderer::Arrange(Gdiplus::Graphics& g, const Gdipl
     if (series.Empty())
         return layout;
     const Metrics m = Measure(g);
-    const float top = bounds.Y + kMargin + m.lineHeight * (1 + LineCount(Notes(series))) + kMargin;
-    const float bottom = bounds.GetBottom() - (2 * m.lineHeight + kMargin + 3);
+    const float top = bounds.Y + Margin() + m.lineHeight * (1 + LineCount(Notes(series))) + Margin();
+    const float bottom = bounds.GetBottom() - (2 * m.lineHeight + Margin() + m_dpi.Scale(3));
     const float height = std::max(bottom - top, 1.0f);
 
     double low = 0.0, high = 1.0;
@@ -134,7 +133,7 @@ CTrendRenderer::Layout CTrendRenderer::Arrange(Gdiplus::Graphics& g, const Gdipl
         g.MeasureString(text.c_str(), static_cast<INT>(text.size()), m_font.get(), Gdiplus::PointF(0, 0), &box);
         labelWidth = std::max(labelWidth, box.Width);
     }
-    const int left = static_cast<int>(std::ceil(bounds.X + kMargin + labelWidth + kMargin));
+    const int left = static_cast<int>(std::ceil(bounds.X + Margin() + labelWidth + Margin()));
     const int right = static_cast<int>(bounds.GetRight() - m.charWidth * 7);
     layout.plot = Gdiplus::Rect(left, static_cast<int>(top), std::max(right - left, 1), static_cast<int>(height));
     layout.valid = true;
@@ -188,18 +187,18 @@ void CTrendRenderer::DrawTexts(Gdiplus::Graphics& g, const Gdiplus::Rect& bounds
                                const Frame& frame, const Metrics& m) const
 {
     const Gdiplus::Color text = SystemColor(COLOR_WINDOWTEXT);
-    DrawText(g, frame.title, bounds.X + kMargin, bounds.Y + kMargin, 0, text);
+    DrawText(g, frame.title, bounds.X + Margin(), bounds.Y + Margin(), 0, text);
     const std::wstring notes = Notes(series);
     if (!notes.empty())
-        DrawText(g, notes, bounds.X + kMargin, bounds.Y + kMargin + m.lineHeight, 0, Gdiplus::Color(255, 160, 0, 0));
+        DrawText(g, notes, bounds.X + Margin(), bounds.Y + Margin() + m.lineHeight, 0, Gdiplus::Color(255, 160, 0, 0));
     if (!series.Empty() || frame.message.empty())
         return;
     Gdiplus::StringFormat format;
     format.SetAlignment(Gdiplus::StringAlignmentCenter);
     format.SetLineAlignment(Gdiplus::StringAlignmentCenter);
-    const float top = bounds.Y + kMargin + m.lineHeight * (1 + LineCount(notes));
-    const Gdiplus::RectF area(bounds.X + 2.0f * kMargin, top, bounds.Width - 4.0f * kMargin,
-                              std::max(bounds.GetBottom() - top - kMargin, 1.0f));
+    const float top = bounds.Y + Margin() + m.lineHeight * (1 + LineCount(notes));
+    const Gdiplus::RectF area(bounds.X + 2.0f * Margin(), top, bounds.Width - 4.0f * Margin(),
+                              std::max(bounds.GetBottom() - top - Margin(), 1.0f));
     Gdiplus::SolidBrush brush(SystemColor(COLOR_GRAYTEXT));
     g.DrawString(frame.message.c_str(), static_cast<INT>(frame.message.size()), m_font.get(), area, &format, &brush);
 }
@@ -217,7 +216,7 @@ void CTrendRenderer::DrawAxes(Gdiplus::Graphics& g, const Layout& layout, const 
         if (y < plot.Y - 0.5f || y > plot.GetBottom() + 0.5f)
             continue;
         g.DrawLine(&grid, static_cast<float>(plot.X), y, static_cast<float>(plot.GetRight()), y);
-        DrawText(g, ValueTickText(tick, layout.values), plot.X - static_cast<float>(kMargin), y - m.lineHeight / 2, 2,
+        DrawText(g, ValueTickText(tick, layout.values), plot.X - static_cast<float>(Margin()), y - m.lineHeight / 2, 2,
                  text);
     }
     const TimeAxis times = ChooseTimeAxis(layout.from, layout.to, plot.Width, m.charWidth);
@@ -267,11 +266,13 @@ void CTrendRenderer::DrawSeries(Gdiplus::Graphics& g, const Layout& layout, cons
         const POINT high = DevicePoint(marker.x, layout.YOfValue(marker.high));
         // A cross two pixels thick of one-pixel lines (cosmetic pens are the
         // fast ones), at the smallest and, when it differs, the largest value.
+        const LONG arm = m_dpi.Scale(4), thickness = m_dpi.Scale(2);
         for (const POINT& p : {low, high}) {
-            for (LONG dx : {0, 1})
-                crosses.insert(crosses.end(), {{p.x - 4 + dx, p.y - 4}, {p.x + 5 + dx, p.y + 5},
-                                               {p.x - 4 + dx, p.y + 4}, {p.x + 5 + dx, p.y - 5}});
-            crossCounts.insert(crossCounts.end(), {2, 2, 2, 2});
+            for (LONG dx = 0; dx < thickness; ++dx) {
+                crosses.insert(crosses.end(), {{p.x - arm + dx, p.y - arm}, {p.x + arm + 1 + dx, p.y + arm + 1},
+                                               {p.x - arm + dx, p.y + arm}, {p.x + arm + 1 + dx, p.y - arm - 1}});
+                crossCounts.insert(crossCounts.end(), {2, 2});
+            }
             if (low.y == high.y)
                 break;
         }
@@ -284,15 +285,19 @@ void CTrendRenderer::DrawSeries(Gdiplus::Graphics& g, const Layout& layout, cons
     const HDC dc = g.GetHDC();
     const int saved = ::SaveDC(dc);
     ::IntersectClipRect(dc, plot.X, plot.Y, plot.GetRight(), plot.GetBottom());
-    const UniqueGdiObject linePen(::CreatePen(PS_SOLID, 1, ColorRef(LineColor())));
+    // The line is one device pixel per 96 dpi in whole pixels: 1 up to
+    // 191 dpi, so that the per-column reduction draws the same pixels.
+    const int lineWidth = std::max(1, m_dpi.Value() / CDpi::kDefault);
+    const UniqueGdiObject linePen(::CreatePen(PS_SOLID, lineWidth, ColorRef(LineColor())));
     const UniqueGdiObject lineBrush(::CreateSolidBrush(ColorRef(LineColor())));
-    const UniqueGdiObject badPen(::CreatePen(PS_SOLID, 1, ColorRef(BadColor())));
+    const UniqueGdiObject badPen(::CreatePen(PS_SOLID, lineWidth, ColorRef(BadColor())));
     ::SelectObject(dc, linePen.get());
     if (!counts.empty())
         ::PolyPolyline(dc, points.data(), counts.data(), static_cast<DWORD>(counts.size()));
     ::SelectObject(dc, lineBrush.get());
+    const int radius = m_dpi.Scale(2);
     for (const POINT& p : dots)
-        ::Ellipse(dc, p.x - 2, p.y - 2, p.x + 3, p.y + 3);
+        ::Ellipse(dc, p.x - radius, p.y - radius, p.x + radius + 1, p.y + radius + 1);
     ::SelectObject(dc, badPen.get());
     if (!crossCounts.empty())
         ::PolyPolyline(dc, crosses.data(), crossCounts.data(), static_cast<DWORD>(crossCounts.size()));
@@ -323,8 +328,9 @@ void CTrendRenderer::DrawOverlay(Gdiplus::Graphics& g, const Layout& layout, con
         g.DrawLine(&cross, x, static_cast<float>(plot.Y), x, static_cast<float>(plot.GetBottom()));
         if (series.KindOf(i) != CTrendSeries::Kind::NotFinite) {
             const float y = Pixel(layout.YOfValue(series.Value(i)));
-            Gdiplus::Pen ring(Gdiplus::Color(255, 230, 120, 0), 2.0f);
-            g.DrawEllipse(&ring, x - 4.5f, y - 4.5f, 9.0f, 9.0f);
+            const float scale = static_cast<float>(m_dpi.Value()) / CDpi::kDefault;
+            Gdiplus::Pen ring(Gdiplus::Color(255, 230, 120, 0), 2.0f * scale);
+            g.DrawEllipse(&ring, x - 4.5f * scale, y - 4.5f * scale, 9.0f * scale, 9.0f * scale);
         }
     }
     g.ResetClip();

@@ -15,6 +15,7 @@
 #include <string>
 
 #include "common/ui/ChartAxes.h"
+#include "common/ui/Dpi.h"
 #include "common/ui/Gdiplus.h"
 #include "historian/TrendSeries.h"
 
@@ -64,6 +65,9 @@ public:
     // one GDI can draw on too (a window's or a memory bitmap's DC).
     void DrawSeries(Gdiplus::Graphics& g, const Layout& layout, const CTrendSeries& series, bool everyPoint) const;
 
+    // The DPI of the surface (96 unless set): margins, markers and the line
+    // width follow it; the font is the one given, already made for it.
+    void SetDpi(int dpi) { m_dpi = CDpi(dpi); }
     // Colours, for the tests to look for.
     static Gdiplus::Color LineColor() { return Gdiplus::Color(255, 0, 84, 166); }
     static Gdiplus::Color BadColor() { return Gdiplus::Color(255, 214, 0, 0); }
@@ -78,7 +82,10 @@ private:
     void DrawText(Gdiplus::Graphics& g, const std::wstring& lines, float x, float y, int align,
                   const Gdiplus::Color& color) const;
 
+    int Margin() const { return m_dpi.Scale(6); }   // 6 pixels at 96 dpi
+
     std::unique_ptr<Gdiplus::Font> m_font;
+    CDpi m_dpi{CDpi::kDefault};
     mutable CTrendPath m_path;   // reused between drawings
 };
 

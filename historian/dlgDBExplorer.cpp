@@ -14,6 +14,7 @@
 #include "common/WorkCancelled.h"
 #include "common/ui/ClipboardText.h"
 #include "common/ui/FileDialog.h"
+#include "common/ui/Dpi.h"
 #include "common/ui/WorkProgress.h"
 #include "common/ui/WaitCursor.h"
 #include "common/historian/Historian.h"
@@ -50,8 +51,10 @@ HWND CdlgDBExplorer::Create()
     CL::RegisterHistorianControlClasses();
     const HWND window = CreateEx(nullptr, Title().c_str(), WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN);
     // Wide enough for the four columns at the default font.
-    if (window)
-        ::SetWindowPos(window, nullptr, 0, 0, 720, 460, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    if (window) {
+        const CL::CDpi dpi = CL::CDpi::Of(window);
+        ::SetWindowPos(window, nullptr, 0, 0, dpi.Scale(720), dpi.Scale(460), SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    }
     return window;
 }
 
@@ -93,9 +96,15 @@ LRESULT CdlgDBExplorer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case WM_GETMINMAXINFO: {
         auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
-        info->ptMinTrackSize = {360, 200};
+        const CL::CDpi dpi = CL::CDpi::Of(Hwnd());
+        info->ptMinTrackSize = {dpi.Scale(360), dpi.Scale(200)};
         return 0;
     }
+    case WM_DPICHANGED:
+        m_bars.OnDpiChanged();
+        m_list.OnDpiChanged();
+        CL::CDpi::OnDpiChanged(Hwnd(), lParam);   // its WM_SIZE lays the window out again
+        return 0;
     default:
         break;
     }

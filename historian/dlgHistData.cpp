@@ -18,6 +18,7 @@
 #include "common/WorkCancelled.h"
 #include "common/ui/ClipboardText.h"
 #include "common/ui/FileDialog.h"
+#include "common/ui/Dpi.h"
 #include "common/ui/WaitCursor.h"
 #include "common/historian/Historian.h"
 #include "historian/HistorianAccess.h"
@@ -128,11 +129,11 @@ void CdlgHistData::ArrangeChart()
     if (!shown)
         return;
     const int height = area.bottom - area.top;
-    const int bar = CL::CSplitBar::kHeight;
+    const int bar = m_splitBar.Height();
     if (m_chartHeight == 0)
         m_chartHeight = (height - bar) * 3 / 5;   // at first the chart has three fifths
     // Each pane keeps some room, as far as the area allows.
-    const int least = std::min(60, (height - bar) / 2);
+    const int least = std::min(CL::CDpi::Of(Hwnd()).Scale(60), (height - bar) / 2);
     const int chart = std::clamp(m_chartHeight, least, std::max(height - bar - least, least));
     const int listHeight = height - bar - chart;
     ::MoveWindow(m_list, area.left, area.top, area.right - area.left, listHeight, TRUE);
@@ -145,7 +146,7 @@ void CdlgHistData::OnSplitBarDrag(int top)
     RECT chart;
     ::GetWindowRect(m_chart, &chart);
     ::MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&chart), 2);
-    m_chartHeight = chart.bottom - (top + CL::CSplitBar::kHeight);
+    m_chartHeight = chart.bottom - (top + m_splitBar.Height());
     ArrangeChart();
 }
 
@@ -265,6 +266,15 @@ LRESULT CdlgHistData::OnColumnClick(const NMHDR* header)
         m_list.OnNotify(header, &result);
     });
     return result;
+}
+
+void CdlgHistData::OnDpiChanged()
+{
+    Log(3, "CdlgHistData::OnDpiChanged" + MV_POS());
+    CL::RunReported([this] {
+        m_chartHeight = 0;   // shared again as at first opening, at the new size
+        m_list.OnDpiChanged();
+    });
 }
 
 void CdlgHistData::OnSysColorChange()

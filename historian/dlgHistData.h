@@ -72,6 +72,7 @@ private:
     void OnLVRClick(POINT screen);
     LRESULT OnColumnClick(const NMHDR* header);
     void OnSysColorChange();
+    void OnDpiChanged() override;
     bool OnNotify(const NMHDR* header, LRESULT* result);
 
     void InitControls();

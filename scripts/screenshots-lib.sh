@@ -8,7 +8,9 @@
 #   wait_window CLASS TITLE   the handle of a visible top-level window, waiting up to 30 s
 #   settle                    lets the program paint
 #   shot NAME HWND            writes docs/screenshots/NAME.png of the window's rectangle
-# Variables: BUILD_DIR, SRC_DIR, SHOTS_DIR.
+#                             (only the names in SHOT_ONLY when it is set)
+#   px N                      N pixels at 96 dpi at the session's DPI (SHOT_DPI)
+# Variables: BUILD_DIR, SRC_DIR, SHOTS_DIR, SHOT_DPI, SHOT_ONLY.
 
 mvwin() {
     wine "$BUILD_DIR/bin/mvwin.exe" "$@" </dev/null 2>/dev/null | tr -d '\r'
@@ -31,8 +33,13 @@ settle() {
     sleep "${1:-1}"
 }
 
+px() {
+    echo $(( $1 * ${SHOT_DPI:-96} / 96 ))
+}
+
 shot() {
     local name=$1 hwnd=$2 x y w h
+    if [ -n "${SHOT_ONLY:-}" ] && [[ " $SHOT_ONLY " != *" $name "* ]]; then return 0; fi
     read -r x y w h < <(mvwin rect "$hwnd") || { echo "screenshots: no rectangle for $name" >&2; return 1; }
     import -window root -crop "${w}x${h}+${x}+${y}" +repage "$SHOTS_DIR/$name.png" &&
         echo "screenshots: $SHOTS_DIR/$name.png (${w}x${h})"

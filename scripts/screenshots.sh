@@ -6,7 +6,8 @@
 # scripts/screenshots.d/ (in name order) opens its windows, captures them
 # with the functions of scripts/screenshots-lib.sh and closes them again;
 # the PNGs go to docs/screenshots/. The program is ended through its own
-# Exit command.
+# Exit command. A second session at 144 dpi takes the main windows again
+# into docs/screenshots/hidpi/.
 #
 # usage: scripts/screenshots.sh BUILD_DIR
 set -u
@@ -32,6 +33,7 @@ screenshot_session() {
     if [ $status = 0 ]; then
         for script in "$SRC_DIR"/scripts/screenshots.d/*.sh; do
             [ -f "$script" ] || continue
+            if [ -n "${SHOT_SCRIPTS:-}" ] && [[ " $SHOT_SCRIPTS " != *" $(basename "$script" .sh) "* ]]; then continue; fi
             echo "screenshots: $(basename "$script")"
             ( source "$script" ) || { echo "screenshots: $(basename "$script") failed" >&2; status=1; }
         done
@@ -51,4 +53,12 @@ export -f screenshot_session
 export BUILD_DIR SRC_DIR SHOTS_DIR DEMO DEMO_LOG
 
 : >"$DEMO_LOG"
-"$SRC_DIR/scripts/with-wine.sh" "$BUILD_DIR" bash -c screenshot_session
+"$SRC_DIR/scripts/with-wine.sh" "$BUILD_DIR" bash -c screenshot_session || exit 1
+
+# The main windows once more at 150 % (144 dpi), in a session started at
+# that scale, into docs/screenshots/hidpi/.
+mkdir -p "$SHOTS_DIR/hidpi"
+SHOTS_DIR="$SHOTS_DIR/hidpi" SHOT_DPI=144 MORVANE_DPI=144 \
+    SHOT_SCRIPTS="10-editor 30-options 40-historian 45-trend-chart" \
+    SHOT_ONLY="editor options-dialog db-explorer historical-data-chart" \
+    "$SRC_DIR/scripts/with-wine.sh" "$BUILD_DIR" bash -c screenshot_session

@@ -6,6 +6,8 @@
 #   - one persistent wineserver for the whole run, so services and processes
 #     survive between test programs,
 #   - the locale pinned so that number formats are the same everywhere,
+#   - the display scale pinned to 96 dpi, or to MORVANE_DPI when it is set
+#     (the window tests run once more at 144 dpi this way),
 #   - the time zone pinned to UTC, or to MORVANE_TZ when it is set (Wine
 #     takes the zone from TZ when its session starts; the local-time tests
 #     run once more in another zone this way),
@@ -51,7 +53,7 @@ trap 'exit 130' INT TERM HUP
 start_xvfb() {
     local numberFile="$BUILD_DIR/xvfb.display" n
     rm -f "$numberFile"
-    Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$numberFile" >"$BUILD_DIR/xvfb.log" 2>&1 &
+    Xvfb -displayfd 3 -screen 0 "${MORVANE_SCREEN:-2560x1600x24}" -nolisten tcp 3>"$numberFile" >"$BUILD_DIR/xvfb.log" 2>&1 &
     XVFB_PID=$!
     for _ in $(seq 1 100); do
         n=$(head -n 1 "$numberFile" 2>/dev/null)
@@ -108,6 +110,14 @@ fi
 prepare_prefix || { echo "with-wine.sh: could not prepare the Wine prefix" >&2; exit 1; }
 prepare_odbc || { echo "with-wine.sh: could not write the ODBC data source file" >&2; exit 1; }
 start_postgres
+wineserver -p
+# The display scale. The session's first Wine process (here, the one that
+# writes the value) starts the desktop process, which keeps the scale it
+# read then: Wine maps window rectangles between processes with it. The
+# wineserver starts again so that the desktop starts at the new scale.
+"$SCRIPT_DIR/set-dpi.sh" "${MORVANE_DPI:-96}"
+wineserver -k
+wineserver -w
 wineserver -p
 # Start the prefix's background processes now, detached from any caller's pipes.
 wine cmd /c exit </dev/null >/dev/null 2>&1

@@ -1,5 +1,7 @@
 #include "common/ui/DialogAnchors.h"
 
+#include "common/ui/Dpi.h"
+
 namespace CL {
 
 void CDialogAnchors::Add(int controlId, unsigned anchors)
@@ -16,6 +18,7 @@ void CDialogAnchors::Capture(HWND dialog)
     RECT window = {};
     ::GetWindowRect(dialog, &window);
     m_window = SIZE{window.right - window.left, window.bottom - window.top};
+    m_dpi = CDpi::Of(dialog).Value();
     for (Control& control : m_controls) {
         const HWND child = ::GetDlgItem(dialog, control.id);
         ::GetWindowRect(child, &control.rect);
@@ -27,6 +30,7 @@ void CDialogAnchors::OnSize(int width, int height)
 {
     if (!m_dialog || width <= 0 || height <= 0)
         return;
+    FollowDpi();
     const int dx = width - m_client.cx;
     const int dy = height - m_client.cy;
     HDWP positions = ::BeginDeferWindowPos(static_cast<int>(m_controls.size()));
@@ -50,6 +54,20 @@ void CDialogAnchors::OnSize(int width, int height)
     if (positions)
         ::EndDeferWindowPos(positions);
     ::InvalidateRect(m_dialog, nullptr, TRUE);
+}
+
+void CDialogAnchors::FollowDpi()
+{
+    const int dpi = CDpi::Of(m_dialog).Value();
+    if (dpi == m_dpi || m_dpi == 0)
+        return;
+    const auto scale = [&](LONG& length) { length = ::MulDiv(length, dpi, m_dpi); };
+    for (LONG* length : {&m_client.cx, &m_client.cy, &m_window.cx, &m_window.cy})
+        scale(*length);
+    for (Control& control : m_controls)
+        for (LONG* edge : {&control.rect.left, &control.rect.top, &control.rect.right, &control.rect.bottom})
+            scale(*edge);
+    m_dpi = dpi;
 }
 
 void CDialogAnchors::OnGetMinMaxInfo(MINMAXINFO* info) const

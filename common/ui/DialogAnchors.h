@@ -3,7 +3,9 @@
 // grows. Each registered control keeps its distance to the dialog's edges
 // as its anchor flags say: a control anchored right moves with the right
 // edge, one anchored left and right stretches, and so on. The dialog cannot
-// be made smaller than it was when Capture ran.
+// be made smaller than it was when Capture ran. After the dialog moved to
+// a monitor of another DPI, the noted rectangles and sizes are scaled to
+// the new DPI at the next WM_SIZE.
 #include <windows.h>
 
 #include <vector>
@@ -32,6 +34,8 @@ public:
     void OnGetMinMaxInfo(MINMAXINFO* info) const;
 
 private:
+    void FollowDpi();
+
     struct Control {
         int id;
         unsigned anchors;
@@ -40,6 +44,7 @@ private:
     HWND m_dialog = nullptr;
     SIZE m_client = {};
     SIZE m_window = {};
+    int m_dpi = 0;   // the DPI of the noted sizes
     std::vector<Control> m_controls;
 };
 

@@ -1,5 +1,7 @@
 #include "common/ui/FrameBars.h"
 
+#include "common/ui/Dpi.h"
+
 namespace CL {
 
 namespace {
@@ -32,10 +34,8 @@ void CFrameBars::Create(HWND frame, const std::vector<ToolButton>& buttons, UINT
                                   0, 0, 0, 0, frame, reinterpret_cast<HMENU>(static_cast<UINT_PTR>(toolbarId)),
                                   instance, nullptr);
     ::SendMessageW(m_toolbar, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
-    TBADDBITMAP standard = {HINST_COMMCTRL, IDB_STD_SMALL_COLOR};
-    const int stdOffset = static_cast<int>(::SendMessageW(m_toolbar, TB_ADDBITMAP, 0, reinterpret_cast<LPARAM>(&standard)));
-    TBADDBITMAP view = {HINST_COMMCTRL, IDB_VIEW_SMALL_COLOR};
-    const int viewOffset = static_cast<int>(::SendMessageW(m_toolbar, TB_ADDBITMAP, 0, reinterpret_cast<LPARAM>(&view)));
+    const int stdOffset = 0;
+    const int viewOffset = SetImages();
 
     std::vector<TBBUTTON> tb;
     tb.reserve(buttons.size());
@@ -58,6 +58,26 @@ void CFrameBars::Create(HWND frame, const std::vector<ToolButton>& buttons, UINT
     m_status = ::CreateWindowExW(0, STATUSCLASSNAMEW, m_idle.c_str(), WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP,
                                  0, 0, 0, 0, frame, reinterpret_cast<HMENU>(static_cast<UINT_PTR>(statusId)),
                                  instance, nullptr);
+}
+
+int CFrameBars::SetImages()
+{
+    const CDpi dpi = CDpi::Of(m_frame);
+    int viewOffset = 0;
+    m_images = CToolbarImages::Make(dpi.Scale(16), &viewOffset);
+    m_imageDpi = dpi.Value();
+    ::SendMessageW(m_toolbar, TB_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(m_images.get()));
+    return viewOffset;
+}
+
+void CFrameBars::OnDpiChanged()
+{
+    if (!m_toolbar || CDpi::Of(m_frame).Value() == m_imageDpi)
+        return;
+    // The toolbar lets go of the old list before it is destroyed.
+    UniqueImageList old = std::move(m_images);
+    SetImages();
+    ::SendMessageW(m_toolbar, TB_AUTOSIZE, 0, 0);
 }
 
 bool CFrameBars::ToolbarVisible() const

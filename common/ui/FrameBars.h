@@ -1,7 +1,7 @@
 #pragma once
 // CFrameBars: the toolbar and status bar of a frame window. Button images
-// come from the common controls' standard small bitmaps (STD_* and VIEW_*
-// indices), so no image resource is needed. Tooltips and status-bar prompts
+// are the common controls' standard bitmaps (STD_* and VIEW_* indices) at
+// the frame's DPI (CToolbarImages), so no image resource is needed. Tooltips and status-bar prompts
 // come from the string table: the string with the command's id holds
 // "<status-bar prompt>\n<tooltip>".
 //
@@ -14,6 +14,8 @@
 
 #include <string>
 #include <vector>
+
+#include "common/ui/ToolbarImages.h"
 
 namespace CL {
 
@@ -38,6 +40,9 @@ public:
     void ShowToolbar(bool show);
     void ShowStatusBar(bool show);
 
+    // The frame moved to a monitor of another DPI: the button images are
+    // made again at the new size.
+    void OnDpiChanged();
     // Places the visible bars in the frame's client area and returns what
     // is left for the frame's content.
     RECT Layout();
@@ -55,9 +60,15 @@ public:
     static std::wstring Tooltip(int command);
 
 private:
+    // Gives the toolbar its images at the frame's DPI; returns the index of
+    // the first VIEW_* image.
+    int SetImages();
+
     HWND m_frame = nullptr;
     HWND m_toolbar = nullptr;
     HWND m_status = nullptr;
+    UniqueImageList m_images;   // the toolbar's images at the frame's DPI
+    int m_imageDpi = 0;
     std::wstring m_idle = L"Ready";
     std::wstring m_tipBuffer;
 };

@@ -18,34 +18,48 @@ bool TextLess(const std::wstring& a, const std::wstring& b)
                                         });
 }
 
-constexpr int kArrowWidth = 9;
-constexpr int kArrowHeight = 9;
+constexpr int kArrowSize = 9;   // pixels at 96 dpi, square
 
 // A small filled triangle on the button face, in the shadow colour, as the
-// header draws it beside the column title.
-UniqueGdiObject MakeArrow(bool up)
+// header draws it beside the column title; drawn at the list's DPI.
+UniqueGdiObject MakeArrow(bool up, const CDpi& dpi)
 {
+    const int size = dpi.Scale(kArrowSize);
     HDC screen = ::GetDC(nullptr);
     HDC dc = ::CreateCompatibleDC(screen);
-    UniqueGdiObject bitmap(::CreateCompatibleBitmap(screen, kArrowWidth, kArrowHeight));
+    UniqueGdiObject bitmap(::CreateCompatibleBitmap(screen, size, size));
     ::ReleaseDC(nullptr, screen);
     if (!dc || !bitmap)
         return bitmap;
     const HGDIOBJ oldBitmap = ::SelectObject(dc, bitmap.get());
-    const RECT all = {0, 0, kArrowWidth, kArrowHeight};
+    const RECT all = {0, 0, size, size};
     ::FillRect(dc, &all, ::GetSysColorBrush(COLOR_BTNFACE));
     const HGDIOBJ oldPen = ::SelectObject(dc, ::GetStockObject(DC_PEN));
     const HGDIOBJ oldBrush = ::SelectObject(dc, ::GetStockObject(DC_BRUSH));
     ::SetDCPenColor(dc, ::GetSysColor(COLOR_BTNSHADOW));
     ::SetDCBrushColor(dc, ::GetSysColor(COLOR_BTNSHADOW));
-    const POINT upward[] = {{4, 2}, {8, 6}, {0, 6}};
-    const POINT downward[] = {{0, 2}, {8, 2}, {4, 6}};
+    const auto at = [&](int x, int y) { return POINT{dpi.Scale(x), dpi.Scale(y)}; };
+    const POINT upward[] = {at(4, 2), at(8, 6), at(0, 6)};
+    const POINT downward[] = {at(0, 2), at(8, 2), at(4, 6)};
     ::Polygon(dc, up ? upward : downward, 3);
     ::SelectObject(dc, oldBrush);
     ::SelectObject(dc, oldPen);
     ::SelectObject(dc, oldBitmap);
     ::DeleteDC(dc);
     return bitmap;
+}
+
+// The width of a header title in the header's font.
+int TitleWidth(HWND header, const wchar_t* title)
+{
+    const HDC dc = ::GetDC(header);
+    HGDIOBJ font = reinterpret_cast<HGDIOBJ>(::SendMessageW(header, WM_GETFONT, 0, 0));
+    const HGDIOBJ old = ::SelectObject(dc, font ? font : ::GetStockObject(DEFAULT_GUI_FONT));
+    RECT r = {};
+    ::DrawTextW(dc, title, -1, &r, DT_CALCRECT | DT_SINGLELINE | DT_NOPREFIX);
+    ::SelectObject(dc, old);
+    ::ReleaseDC(header, dc);
+    return r.right - r.left;
 }
 
 } // namespace
@@ -78,8 +92,30 @@ void CReportList::Attach(HWND list)
     RebuildArrows();
 }
 
+int CReportList::MinimumColumnWidth(const wchar_t* title) const
+{
+    // The header draws the title and the arrow, each with its bitmap margin
+    // on both sides.
+    const HWND header = ListView_GetHeader(m_hwnd);
+    if (!header)
+        return 0;
+    const int margin = static_cast<int>(::SendMessageW(header, HDM_GETBITMAPMARGIN, 0, 0));
+    return TitleWidth(header, title) + CDpi::Of(m_hwnd).Scale(kArrowSize) + 4 * margin;
+}
+
+void CReportList::OnDpiChanged()
+{
+    const CDpi dpi = CDpi::Of(m_hwnd);
+    if (dpi.Value() == m_dpi)
+        return;
+    for (int column = 0; column < ColumnCount(); ++column)
+        ListView_SetColumnWidth(m_hwnd, column, ::MulDiv(ListView_GetColumnWidth(m_hwnd, column), dpi.Value(), m_dpi));
+    RebuildArrows();
+}
+
 void CReportList::SetColumns(const std::vector<ReportColumn>& columns)
 {
+    const CDpi dpi = CDpi::Of(m_hwnd);
     while (ListView_DeleteColumn(m_hwnd, 0)) {
     }
     int index = 0;
@@ -87,7 +123,7 @@ void CReportList::SetColumns(const std::vector<ReportColumn>& columns)
         LVCOLUMNW lvc = {};
         lvc.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT | LVCF_SUBITEM;
         lvc.fmt = column.format;
-        lvc.cx = column.width;
+        lvc.cx = std::max(dpi.Scale(column.width), MinimumColumnWidth(column.title));
         lvc.pszText = const_cast<wchar_t*>(column.title);
         lvc.iSubItem = index;
         ListView_InsertColumn(m_hwnd, index, &lvc);
@@ -275,8 +311,10 @@ void CReportList::RebuildArrows()
     // they are released only after ShowArrow.
     UniqueGdiObject oldUp = std::move(m_bmSortUp);
     UniqueGdiObject oldDown = std::move(m_bmSortDown);
-    m_bmSortUp = MakeArrow(true);
-    m_bmSortDown = MakeArrow(false);
+    const CDpi dpi = CDpi::Of(m_hwnd);
+    m_dpi = dpi.Value();
+    m_bmSortUp = MakeArrow(true, dpi);
+    m_bmSortDown = MakeArrow(false, dpi);
     ShowArrow();
 }
 

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "common/Handle.h"
+#include "common/ui/Dpi.h"
 
 namespace CL {
 
@@ -39,7 +40,7 @@ public:
 
 struct ReportColumn {
     const wchar_t* title;
-    int width;                 // pixels at 96 dpi
+    int width;                 // pixels at 96 dpi (never narrower than the title and arrow)
     int format = LVCFMT_LEFT;
 };
 
@@ -108,6 +109,11 @@ public:
     // this control's and was handled.
     bool OnNotify(const NMHDR* header, LRESULT* result);
     void OnSysColorChange();
+    // The list's window moved to a monitor of another DPI: the columns keep
+    // their width in inches and the arrows are drawn again at the new size.
+    void OnDpiChanged();
+    // The narrowest column that shows this title and the sort arrow whole.
+    int MinimumColumnWidth(const wchar_t* title) const;
     // The arrows the header shows now (for tests of the header).
     HBITMAP SortUpBitmap() const { return static_cast<HBITMAP>(m_bmSortUp.get()); }
     HBITMAP SortDownBitmap() const { return static_cast<HBITMAP>(m_bmSortDown.get()); }
@@ -130,6 +136,7 @@ private:
     std::vector<std::wstring> m_titles;
     int m_sortColumn = kNoSort;
     bool m_ascending = true;
+    int m_dpi = CDpi::kDefault;   // the DPI the columns and arrows were made for
     UniqueGdiObject m_bmSortUp;
     UniqueGdiObject m_bmSortDown;
     std::wstring m_textBuffer;

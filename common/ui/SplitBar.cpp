@@ -5,6 +5,7 @@
 #include "common/DiagnosticLog.h"
 #include "common/ErrorReport.h"
 #include "common/Exception.h"
+#include "common/ui/Dpi.h"
 
 namespace CL {
 
@@ -14,10 +15,16 @@ void CSplitBar::PrepareClass(WNDCLASSEXW& wc) const
     wc.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
 }
 
+int CSplitBar::Height() const
+{
+    return CDpi::Of(Hwnd()).Scale(kHeight);
+}
+
 HWND CSplitBar::Create(HWND parent, UINT id)
 {
-    const RECT place = {0, 0, 10, kHeight};
-    if (!CreateEx(parent, nullptr, WS_CHILD | WS_VISIBLE | WS_CLIPSIBLINGS, 0, &place,
+    const RECT place = {0, 0, 10, CDpi::Of(parent).Scale(kHeight)};
+    // The text is the bar's name for screen readers.
+    if (!CreateEx(parent, kName, WS_CHILD | WS_VISIBLE | WS_CLIPSIBLINGS, 0, &place,
                   reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id))))
         ThrowLastError(L"m_splitBar.Create (m_hWnd)");
     return Hwnd();

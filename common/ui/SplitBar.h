@@ -14,7 +14,10 @@ namespace CL {
 
 class CSplitBar : public CWindow {
 public:
-    static constexpr int kHeight = 6;   // pixels
+    static constexpr int kHeight = 6;   // pixels at 96 dpi
+    static constexpr wchar_t kName[] = L"Size bar";   // its accessible name
+    // The bar's height at the DPI of the window it is in.
+    int Height() const;
 
     // Creates the bar as a child of parent. Throws CException on failure.
     HWND Create(HWND parent, UINT id);

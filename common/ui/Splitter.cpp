@@ -4,12 +4,15 @@
 
 #include <algorithm>
 
+#include "common/ui/Dpi.h"
+
 namespace CL {
 
 HWND CSplitter::Create(HWND parent, UINT id, int position)
 {
     m_position = position;
-    return CreateEx(parent, nullptr, WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, WS_EX_CONTROLPARENT, nullptr,
+    // The text is the bar's name for screen readers.
+    return CreateEx(parent, kName, WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, WS_EX_CONTROLPARENT, nullptr,
                     reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)));
 }
 
@@ -38,11 +41,16 @@ bool CSplitter::SetPosition(int position)
     return true;
 }
 
+int CSplitter::BarWidth() const
+{
+    return CDpi::Of(Hwnd()).Scale(kBarWidth);
+}
+
 int CSplitter::Clamp(int position) const
 {
     RECT client = {};
     ::GetClientRect(Hwnd(), &client);
-    return std::max(0, std::min(position, static_cast<int>(client.right) - kBarWidth));
+    return std::max(0, std::min(position, static_cast<int>(client.right) - BarWidth()));
 }
 
 void CSplitter::LayoutPanes()
@@ -52,17 +60,18 @@ void CSplitter::LayoutPanes()
     RECT client = {};
     ::GetClientRect(Hwnd(), &client);
     // The bar stays inside the window when it shrinks.
-    const int bar = std::max(0, std::min(m_position, static_cast<int>(client.right) - kBarWidth));
+    const int barWidth = BarWidth();
+    const int bar = std::max(0, std::min(m_position, static_cast<int>(client.right) - barWidth));
     if (m_left)
         ::MoveWindow(m_left, 0, 0, bar, client.bottom, TRUE);
     if (m_right)
-        ::MoveWindow(m_right, bar + kBarWidth, 0, std::max(0, static_cast<int>(client.right) - bar - kBarWidth),
+        ::MoveWindow(m_right, bar + barWidth, 0, std::max(0, static_cast<int>(client.right) - bar - barWidth),
                      client.bottom, TRUE);
 }
 
 bool CSplitter::OnBar(int x) const
 {
-    return x >= m_position && x < m_position + kBarWidth;
+    return x >= m_position && x < m_position + BarWidth();
 }
 
 void CSplitter::OnLButtonDown(int x)

@@ -15,7 +15,10 @@ namespace CL {
 
 class CSplitter : public CWindow {
 public:
-    static constexpr int kBarWidth = 5;
+    static constexpr int kBarWidth = 5;   // pixels at 96 dpi
+    static constexpr wchar_t kName[] = L"Splitter";   // its accessible name
+    // The bar's width at the window's DPI.
+    int BarWidth() const;
 
     HWND Create(HWND parent, UINT id, int position);
     void SetPanes(HWND left, HWND right);

@@ -7,7 +7,7 @@ tray_command 213                                   # "OPC Address Space..."
 frame=$(wait_window MorvaneAddressSpaceEditor " OPC Address Space")
 tree=$(mvwin child "$frame" SysTreeView32)
 list=$(mvwin child "$frame" SysListView32)
-mvwin size "$frame" 820 480
+mvwin size "$frame" "$(px 820)" "$(px 480)"
 mvwin treeselect "$tree" 0/0                       # Plant/Line1
 mvwin headerclick "$list" 0                        # sorted by "Name"
 mvwin listselect "$list" 2

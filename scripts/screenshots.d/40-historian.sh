@@ -7,7 +7,7 @@ set -e
 tray_command 32813                                 # "OPC HDA Database Explorer..."
 frame=$(wait_window MorvaneDBExplorer "Varnel OPC HDA Database Explorer")
 list=$(mvwin child "$frame" SysListView32)
-mvwin size "$frame" 760 420
+mvwin size "$frame" "$(px 760)" "$(px 420)"
 mvwin command "$frame" 32810                       # Refresh: the values archived meanwhile
 mvwin listselect "$list" 1
 settle

@@ -12,12 +12,12 @@ mvwin command "$frame" 32810                       # Refresh: the values archive
 mvwin listselect "$list" 1
 mvwin command "$frame" 32811                       # "Show selected item values..."
 dialog=$(wait_window "#32770" "Historical data")
-mvwin size "$dialog" 820 640
+mvwin size "$dialog" "$(px 820)" "$(px 640)"
 point() { echo $(( (($2 & 0xFFFF) << 16) | ($1 & 0xFFFF) )); }   # MAKELPARAM(x, y)
 bar=$(mvwin child "$dialog" MorvaneSplitBar)
 mvwin post "$bar" 0x201 1 "$(point 20 2)"          # WM_LBUTTONDOWN on the bar
-mvwin post "$bar" 0x200 1 "$(point 20 -150)"       # WM_MOUSEMOVE: 152 pixels up
-mvwin post "$bar" 0x202 0 "$(point 20 -150)"       # WM_LBUTTONUP
+mvwin post "$bar" 0x200 1 "$(point 20 "$(px -150)")" # WM_MOUSEMOVE: 152 pixels (at 96 dpi) up
+mvwin post "$bar" 0x202 0 "$(point 20 "$(px -150)")" # WM_LBUTTONUP
 mvwin command "$dialog" 1039                       # "Show data"
 settle
 shot historical-data-chart "$dialog"

@@ -9,6 +9,7 @@
 #include "app/MessageLoop.h"
 #include "common/Bstr.h"
 #include "common/Util_Variant.h"
+#include "common/ui/Dpi.h"
 #include "support/HistorianTestDb.h"
 #include "support/LogCapture.h"
 #include "support/MenuCapture.h"
@@ -1019,7 +1020,8 @@ TEST_F(EditorWindow, ResizingTheWindowMakesBothViewsFollow)
     EXPECT_EQ(list.bottom, splitter.bottom);
     EXPECT_EQ(tree.bottom, splitter.bottom);
     EXPECT_EQ(tree.left, 0);
-    EXPECT_EQ(list.left, tree.right + CL::CSplitter::kBarWidth);
+    EXPECT_EQ(list.left, tree.right + F().Splitter().BarWidth());
+    EXPECT_EQ(F().Splitter().BarWidth(), CL::CDpi::Of(F().Splitter()).Scale(CL::CSplitter::kBarWidth));
 
     RECT before = list;
     ::SetWindowPos(Frame(), nullptr, 0, 0, 700, 500, SWP_NOMOVE | SWP_NOZORDER);
@@ -1057,8 +1059,10 @@ TEST_F(EditorWindow, HasASensibleMinimumSize)
 {
     MINMAXINFO info = {};
     ::SendMessageW(Frame(), WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&info));
-    EXPECT_EQ(info.ptMinTrackSize.x, CMainFrame::kMinWidth);
-    EXPECT_EQ(info.ptMinTrackSize.y, CMainFrame::kMinHeight);
+    // Sizes at 96 dpi, scaled to the window's DPI.
+    const CL::CDpi dpi = CL::CDpi::Of(Frame());
+    EXPECT_EQ(info.ptMinTrackSize.x, dpi.Scale(CMainFrame::kMinWidth));
+    EXPECT_EQ(info.ptMinTrackSize.y, dpi.Scale(CMainFrame::kMinHeight));
     EXPECT_GE(CMainFrame::kMinWidth, 400);
     EXPECT_GE(CMainFrame::kMinHeight, 300);
 }

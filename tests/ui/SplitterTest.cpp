@@ -58,7 +58,7 @@ TEST_F(Splitter, PanesLieBesideTheBarAndFillTheHeight)
     const RECT l = Place(left), r = Place(right);
     EXPECT_EQ(l.left, 0);
     EXPECT_EQ(l.right, 150);
-    EXPECT_EQ(r.left, 150 + CL::CSplitter::kBarWidth);
+    EXPECT_EQ(r.left, 150 + splitter.BarWidth());   // 5 pixels at 96 dpi, scaled
     EXPECT_EQ(r.right, 500);
     EXPECT_EQ(l.bottom, 300);
     EXPECT_EQ(r.bottom, 300);
@@ -75,7 +75,7 @@ TEST_F(Splitter, ResizingKeepsTheLeftPaneAndGivesTheRestToTheRight)
 TEST_F(Splitter, ShrinkingBelowTheBarKeepsTheBarInside)
 {
     ::MoveWindow(splitter, 0, 0, 100, 300, TRUE);
-    EXPECT_EQ(Place(left).right, 100 - CL::CSplitter::kBarWidth);
+    EXPECT_EQ(Place(left).right, 100 - splitter.BarWidth());
     EXPECT_EQ(Place(right).left, 100);
 }
 

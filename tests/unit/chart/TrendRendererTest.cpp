@@ -287,3 +287,27 @@ TEST_F(TrendRendererTest, ASingleValueIsADotInTheMiddle)
     EXPECT_NEAR(y, layout.plot.Y + layout.plot.Height / 2.0, layout.plot.Height / 4.0);
     EXPECT_TRUE(Near(canvas, x, y, 1, IsLine));
 }
+
+// At twice the DPI the bad value's cross is twice as wide and high: its red
+// pixels reach about twice as far from the value's point.
+TEST_F(TrendRendererTest, TheBadValuesCrossGrowsWithTheDpi)
+{
+    const auto reach = [this](int dpi) {
+        m_renderer->SetDpi(dpi);
+        Canvas canvas(640, 360);
+        const auto layout = Draw(canvas, Triangle(kBad), -0.5 * kSecond, 10.5 * kSecond);
+        const int cx = static_cast<int>(std::lround(layout.XOfTime(5 * kSecond)));
+        const int cy = static_cast<int>(std::lround(layout.YOfValue(10.0)));
+        int farthest = 0;
+        for (int dy = -20; dy <= 20; ++dy)
+            for (int dx = -20; dx <= 20; ++dx)
+                if (IsBad(canvas.Pixel(cx + dx, cy + dy)))
+                    farthest = std::max(farthest, std::max(std::abs(dx), std::abs(dy)));
+        return farthest;
+    };
+    const int at96 = reach(96);
+    const int at192 = reach(192);
+    EXPECT_GE(at96, 4);
+    EXPECT_GE(at192, 2 * at96 - 1) << at96 << " pixels at 96 dpi, " << at192 << " at 192 dpi";
+    EXPECT_LE(at192, 2 * at96 + 2) << at96 << " pixels at 96 dpi, " << at192 << " at 192 dpi";
+}

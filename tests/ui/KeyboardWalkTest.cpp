@@ -1,0 +1,226 @@
+// Every window and dialog driven by the keyboard alone, from opening to
+// closing: Tab reaches every control that takes input and comes round to
+// where it started, each label's mnemonic (Alt+letter) moves the focus to
+// its control, the mnemonics of a window are unique, and Esc (dialogs) or
+// Alt+F4 (frame windows) closes the window. Keys go to the focused control
+// the way the message loop hands them over: the window's own translation
+// (a frame's accelerators) first, then IsDialogMessage for a dialog, else
+// dispatched.
+#include <gtest/gtest.h>
+#include <windows.h>
+#include <commctrl.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "WindowCatalog.h"
+#include "WindowGeometry.h"
+#include "common/Text.h"
+
+namespace {
+
+using test::ControlInfo;
+
+bool IsDialog(HWND window)
+{
+    wchar_t name[16] = {};
+    ::GetClassNameW(window, name, 16);
+    return std::wstring(name) == L"#32770";
+}
+
+class KeyboardWalk : public testing::TestWithParam<test::WindowEntry> {
+protected:
+    void SetUp() override
+    {
+        m_opened = GetParam().open();
+        ASSERT_TRUE(m_opened && m_opened->Hwnd()) << "could not open " << GetParam().name;
+        ::ShowWindow(Window(), SW_SHOW);
+        ::SetForegroundWindow(Window());
+        ::SetActiveWindow(Window());
+        Pump();
+        if (!::IsChild(Window(), ::GetFocus())) {
+            // The first tab stop, as the dialog manager and the frames choose it.
+            const HWND first = IsDialog(Window()) ? ::GetNextDlgTabItem(Window(), nullptr, FALSE) : nullptr;
+            ::SetFocus(first ? first : Window());
+            Pump();
+        }
+    }
+
+    HWND Window() const { return m_opened->Hwnd(); }
+
+    // A key pressed and released on the focused window.
+    void Press(UINT key, bool alt = false)
+    {
+        const HWND target = ::GetFocus() ? ::GetFocus() : Window();
+        const LPARAM down = 1 | (alt ? (1 << 29) : 0);
+        // The thread's key state as while the keys are held (accelerators
+        // and the dialog manager read it).
+        BYTE keys[256] = {}, held[256] = {};
+        ::GetKeyboardState(keys);
+        std::copy(std::begin(keys), std::end(keys), std::begin(held));
+        held[key] = 0x80;
+        if (alt)
+            held[VK_MENU] = 0x80;
+        ::SetKeyboardState(held);
+        Deliver(MSG{target, static_cast<UINT>(alt ? WM_SYSKEYDOWN : WM_KEYDOWN), key, down, 0, {}});
+        ::SetKeyboardState(keys);
+        Deliver(MSG{target, static_cast<UINT>(alt ? WM_SYSKEYUP : WM_KEYUP), key,
+                    static_cast<LPARAM>(down | (1u << 30) | (1u << 31)), 0, {}});
+        Pump();
+    }
+
+    // Alt and a letter: the mnemonic.
+    void PressMnemonic(wchar_t letter)
+    {
+        const HWND target = ::GetFocus() ? ::GetFocus() : Window();
+        Deliver(MSG{target, WM_SYSCHAR, static_cast<WPARAM>(letter), 1 | (1 << 29), 0, {}});
+        Pump();
+    }
+
+    void Deliver(MSG msg)
+    {
+        if (m_opened->translate && ::IsWindow(Window()) && m_opened->translate(msg))
+            return;
+        if (IsDialog(Window()) && ::IsWindow(Window()) && ::IsDialogMessageW(Window(), &msg))
+            return;
+        ::TranslateMessage(&msg);
+        ::DispatchMessageW(&msg);
+    }
+
+    void Pump()
+    {
+        MSG msg;
+        for (int i = 0; i < 200 && ::PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE); ++i) {
+            if (m_opened->translate && ::IsWindow(Window()) && m_opened->translate(msg))
+                continue;
+            if (IsDialog(Window()) && ::IsWindow(Window()) && ::IsDialogMessageW(Window(), &msg))
+                continue;
+            ::TranslateMessage(&msg);
+            ::DispatchMessageW(&msg);
+        }
+    }
+
+    // The window's control that has the focus (the focus may be inside a
+    // control, e.g. a combo box's edit).
+    HWND FocusedControl() const
+    {
+        HWND focus = ::GetFocus();
+        while (focus && ::GetParent(focus) && ::GetParent(focus) != Window() && !IsContainerChild(focus))
+            focus = ::GetParent(focus);
+        return focus;
+    }
+    static bool IsContainerChild(HWND hwnd)
+    {
+        wchar_t name[64] = {};
+        ::GetClassNameW(::GetParent(hwnd), name, 64);
+        return std::wstring(name) == L"MorvaneSplitter";
+    }
+
+    std::unique_ptr<test::OpenedWindow> m_opened;
+};
+
+// Controls that take input: what Tab must reach (one radio button of a
+// group is enough; group boxes and labels take none).
+bool TakesInput(const ControlInfo& c)
+{
+    if (!::IsWindowEnabled(c.hwnd))
+        return false;
+    // A read-only field outside the tab order shows a value; it takes none.
+    if (test::IsClass(c, L"Edit") && (c.style & ES_READONLY) && !(c.style & WS_TABSTOP))
+        return false;
+    if (test::IsClass(c, L"Static") || test::IsGroupBox(c) || test::IsClass(c, STATUSCLASSNAMEW) ||
+        test::IsClass(c, TOOLBARCLASSNAMEW) || test::IsClass(c, L"MorvaneSplitter") ||
+        test::IsClass(c, L"MorvaneSplitBar"))
+        return false;
+    // An up-down with a buddy is worked by the buddy's arrow keys.
+    if (test::UpDownBuddy(c))
+        return false;
+    return true;
+}
+
+bool IsRadio(const ControlInfo& c)
+{
+    const LONG type = test::ButtonType(c);
+    return test::IsClass(c, L"Button") && (type == BS_RADIOBUTTON || type == BS_AUTORADIOBUTTON);
+}
+
+} // namespace
+
+TEST_P(KeyboardWalk, TabReachesEveryControlAndComesRound)
+{
+    const std::vector<ControlInfo> controls = test::VisibleControls(Window());
+    const HWND start = FocusedControl();
+    ASSERT_NE(start, nullptr);
+    std::vector<HWND> visited = {start};
+    for (int i = 0; i < 100; ++i) {
+        Press(VK_TAB);
+        const HWND now = FocusedControl();
+        if (now == start)
+            break;
+        ASSERT_TRUE(std::find(visited.begin(), visited.end(), now) == visited.end())
+            << "Tab went round without coming back to the first control";
+        visited.push_back(now);
+    }
+    EXPECT_EQ(FocusedControl(), start) << "Tab did not come round";
+    const std::set<HWND> reached(visited.begin(), visited.end());
+    std::set<HWND> radioParentsReached;
+    for (const ControlInfo& c : controls) {
+        if (!TakesInput(c))
+            continue;
+        if (IsRadio(c)) {
+            // Tab reaches the group; the arrows move within it.
+            bool groupReached = false;
+            HWND first = c.hwnd;
+            while (first && !(::GetWindowLongW(first, GWL_STYLE) & WS_GROUP))
+                first = ::GetWindow(first, GW_HWNDPREV);
+            for (HWND member = first; member; member = ::GetWindow(member, GW_HWNDNEXT)) {
+                if (member != first && (::GetWindowLongW(member, GWL_STYLE) & WS_GROUP))
+                    break;
+                groupReached = groupReached || reached.count(member);
+            }
+            EXPECT_TRUE(groupReached) << "Tab does not reach the radio group of #" << c.id;
+            continue;
+        }
+        EXPECT_TRUE(reached.count(c.hwnd)) << "Tab does not reach " << CL::Narrow(c.className) << " #" << c.id
+                                           << " \"" << CL::Narrow(c.text) << "\"";
+    }
+}
+
+TEST_P(KeyboardWalk, MnemonicsAreUniqueAndEachLabelsLeadsToItsControl)
+{
+    std::map<wchar_t, std::wstring> taken;
+    const std::vector<ControlInfo> controls = test::VisibleControls(Window());
+    for (size_t i = 0; i < controls.size(); ++i) {
+        const ControlInfo& c = controls[i];
+        if (!test::IsClass(c, L"Static") && !test::IsClass(c, L"Button"))
+            continue;
+        const wchar_t key = test::MnemonicOf(c.text);
+        if (key == 0 || c.text == L"Ne&w")
+            continue;   // the options' four "New" buttons share theirs, in screen order
+        EXPECT_TRUE(taken.emplace(key, c.text).second)
+            << "'" << static_cast<char>(key) << "' of " << CL::Narrow(c.text) << " also in " << CL::Narrow(taken[key]);
+        // A label's mnemonic moves the focus to the control after it.
+        if (test::IsClass(c, L"Static") && IsDialog(Window()) && i + 1 < controls.size() &&
+            ::IsWindowEnabled(controls[i + 1].hwnd)) {
+            PressMnemonic(key);
+            EXPECT_EQ(FocusedControl(), controls[i + 1].hwnd) << "Alt+" << static_cast<char>(key) << " of "
+                                                              << CL::Narrow(c.text);
+        }
+    }
+}
+
+TEST_P(KeyboardWalk, ClosesByKeyboard)
+{
+    const HWND window = Window();
+    if (IsDialog(window))
+        Press(VK_ESCAPE);
+    else
+        Press(VK_F4, true);
+    Pump();
+    EXPECT_FALSE(::IsWindow(window) && ::IsWindowVisible(window)) << "still open";
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryWindow, KeyboardWalk, testing::ValuesIn(test::EveryWindow()), test::EntryName);

@@ -1,0 +1,204 @@
+#include <gtest/gtest.h>
+
+#include "WindowCatalog.h"
+
+#include "OptionsTestSupport.h"
+#include "addressspace/AddressSpaceCsv.h"
+#include "addressspace/AddressSpaceExchange.h"
+#include "addressspace/AddressSpaceSearch.h"
+#include "addressspace/MainFrm.h"
+#include "addressspace/dlgAddBranch.h"
+#include "addressspace/dlgAddItem.h"
+#include "addressspace/dlgCsvImport.h"
+#include "addressspace/dlgDuplicate.h"
+#include "addressspace/dlgFind.h"
+#include "app/AboutDlg.h"
+#include "common/historian/Historian.h"
+#include "common/historian/HistoricDataWriter.h"
+#include "config/DbRetention.h"
+#include "config/Settings.h"
+#include "config/dlgDbOptions.h"
+#include "config/dlgOptions.h"
+#include "historian/PickerTime.h"
+#include "historian/dlgDBExplorer.h"
+#include "historian/dlgHistData.h"
+#include "historian/dlgTimePeriod.h"
+#include "res/resource.h"
+#include "support/HistorianTestDb.h"
+#include "support/SettingsServiceName.h"
+#include "support/TestSupport.h"
+
+namespace test {
+
+OpenedWindow::~OpenedWindow()
+{
+    if (m_hwnd && ::IsWindow(m_hwnd))
+        ::DestroyWindow(m_hwnd);
+    while (!m_kept.empty())
+        m_kept.pop_back();
+}
+
+namespace {
+
+constexpr wchar_t kItemId[] = L"Plant.Line1.Speed";
+
+// A dialog of the template, created modeless from an object of type T made
+// with the arguments.
+template <typename T, typename... Args>
+std::unique_ptr<OpenedWindow> Dialog(int templateId, Args&&... args)
+{
+    auto opened = std::make_unique<OpenedWindow>();
+    T& dialog = opened->Keep<T>(std::forward<Args>(args)...);
+    opened->SetHwnd(dialog.Create(nullptr, templateId));
+    return opened;
+}
+
+// A historian on a fresh SQLite database with one item's values (an hour
+// of values a minute apart, the last one of bad quality).
+CL::CHistorian& HistorianWithValues(OpenedWindow& opened)
+{
+    CL::RegisterHistorianControlClasses();
+    auto& db = opened.Keep<HistorianTestDb>(DbKind::Sqlite);
+    auto& historian = opened.Keep<CL::CHistorian>();
+    historian.Configure(db.ConnectionString(), CL::CHistorian::kNoLimit, CL::CHistorian::kNoLimit, 50);
+    std::vector<CL::CHistoricValue> values;
+    for (int i = 0; i < 60; ++i)
+        values.push_back({45000.0 + i / 1440.0, static_cast<WORD>(i == 59 ? 0 : 192), CL::CVariant::R8(i * 1.5)});
+    CL::CHistoricDataWriter(db.ConnectionString()).AppendRun(kItemId, values);
+    return historian;
+}
+
+std::unique_ptr<OpenedWindow> Options()
+{
+    g_Settings = CSettings();
+    auto opened = std::make_unique<OpenedWindow>();
+    auto& folder = opened->Keep<TempDir>();
+    auto& server = opened->Keep<FakeServerControl>(folder.Path());
+    auto& dialog = opened->Keep<CdlgOptions>(server, folder.Path());
+    opened->SetHwnd(dialog.Create(nullptr, IDD_OPTIONS));
+    return opened;
+}
+
+std::unique_ptr<OpenedWindow> Editor()
+{
+    auto opened = std::make_unique<OpenedWindow>();
+    auto& folder = opened->Keep<TempDir>();
+    auto& frame = opened->Keep<CMainFrame>(
+        CAddressSpaceExchange(SettingsServiceName, folder.File(L"DefaultAddressSpace.xml")));
+    opened->SetHwnd(frame.Create());
+    opened->translate = [&frame](MSG& msg) { return frame.PreTranslateMessage(msg); };
+    ::ShowWindow(frame, SW_SHOW);
+    return opened;
+}
+
+std::unique_ptr<OpenedWindow> CsvImportReport()
+{
+    CL::CsvImportPlan plan;
+    plan.rejected.push_back({7, L"Unknown data type \"VT_X\""});
+    return Dialog<CdlgCsvImport>(IDD_CSV_IMPORT, plan, L"items.csv");
+}
+
+// The editor's Find dialog over a small address space, showing the matches
+// of a typed text.
+std::unique_ptr<OpenedWindow> FindDialog()
+{
+    using BranchPtr = CL::CSmartPtr<COPCServerAddressSpaceBranch>;
+    using ItemPtr = CL::CSmartPtr<COPCItem>;
+    auto opened = std::make_unique<OpenedWindow>();
+    auto& space = opened->Keep<CL::CSmartPtr<COPCServerAddressSpace>>(CL::CSmartPtr<COPCServerAddressSpace>::Make());
+    BranchPtr line = BranchPtr::Make(L"Line1");
+    (*space).RootBranch()->AddBranch(line);
+    for (const wchar_t* name : {L"Speed", L"Setpoint", L"Motor7"}) {
+        ItemPtr item = ItemPtr::Make(COPCItem::kReadable, 1000, false, WORD(192), VT_R8, nullptr);
+        item->Rename(name);
+        line->AddItem(item);
+    }
+    auto& search = opened->Keep<CAddressSpaceSearch>(*space);
+    auto& dialog = opened->Keep<CdlgFind>(search);
+    dialog.query = L"Line1";
+    opened->SetHwnd(dialog.Create(nullptr, IDD_FIND));
+    return opened;
+}
+
+std::unique_ptr<OpenedWindow> DuplicateDialog()
+{
+    auto namer = [](size_t count) {
+        std::vector<std::wstring> names;
+        for (size_t i = 0; i < count; ++i)
+            names.push_back(L"Motor" + std::to_wstring(8 + i));
+        return names;
+    };
+    return Dialog<CdlgDuplicate>(IDD_DUPLICATE, std::wstring(L"Motor7"), namer);
+}
+
+// The time period dialog as the explorer's "Export values..." shows it.
+std::unique_ptr<OpenedWindow> ExportPeriod()
+{
+    auto opened = std::make_unique<OpenedWindow>();
+    auto& dialog = opened->Keep<CdlgTimePeriod>();
+    dialog.m_caption = L"Export values of the selected items";
+    opened->SetHwnd(dialog.Create(nullptr, IDD_TIMEPERIOD));
+    return opened;
+}
+
+std::unique_ptr<OpenedWindow> Explorer()
+{
+    auto opened = std::make_unique<OpenedWindow>();
+    CL::CHistorian& historian = HistorianWithValues(*opened);
+    auto& explorer = opened->Keep<CdlgDBExplorer>(historian);
+    explorer.SetProductName(L"Varnel");
+    opened->SetHwnd(explorer.Create());
+    opened->translate = [&explorer](MSG& msg) { return explorer.PreTranslateMessage(msg); };
+    ::ShowWindow(explorer, SW_SHOW);
+    return opened;
+}
+
+// The historical data window with its values read and the chart shown.
+std::unique_ptr<OpenedWindow> HistoricalData()
+{
+    auto opened = std::make_unique<OpenedWindow>();
+    CL::CHistorian& historian = HistorianWithValues(*opened);
+    auto& dialog = opened->Keep<CdlgHistData>(historian);
+    dialog.m_itemId = kItemId;
+    const HWND hwnd = dialog.Create(nullptr, IDD_HISTDATA);
+    opened->SetHwnd(hwnd);
+    if (!hwnd)
+        return opened;
+    ::ShowWindow(hwnd, SW_SHOW);
+    for (int check : {IDC_TIMEPERIOD_CHK_FROM, IDC_TIMEPERIOD_CHK_TO})
+        if (::IsDlgButtonChecked(hwnd, check) == BST_CHECKED)
+            ::SendDlgItemMessageW(hwnd, check, BM_CLICK, 0, 0);
+    ::SendDlgItemMessageW(hwnd, IDC_HISTDATA_BTN_REFRESH, BM_CLICK, 0, 0);
+    if (::IsDlgButtonChecked(hwnd, IDC_HISTDATA_CHART_SHOW) != BST_CHECKED)
+        ::SendDlgItemMessageW(hwnd, IDC_HISTDATA_CHART_SHOW, BM_CLICK, 0, 0);
+    return opened;
+}
+
+} // namespace
+
+const std::vector<WindowEntry>& EveryWindow()
+{
+    static const std::vector<WindowEntry> windows = {
+        {"About", [] { return Dialog<CAboutDlg>(IDD_ABOUTBOX); }},
+        {"Options", Options},
+        {"DatabaseOptions", [] { return Dialog<CdlgDbOptions>(IDD_DBOPTIONS, CDbRetention{}); }},
+        {"Editor", Editor},
+        {"ItemDialog", [] { return Dialog<CdlgAddItem>(IDD_ADDITEM); }},
+        {"BranchDialog", [] { return Dialog<CdlgAddBranch>(IDD_ADDBRANCH); }},
+        {"CsvImportReport", CsvImportReport},
+        {"FindDialog", FindDialog},
+        {"DuplicateDialog", DuplicateDialog},
+        {"DatabaseExplorer", Explorer},
+        {"HistoricalData", HistoricalData},
+        {"TimePeriod", [] { return Dialog<CdlgTimePeriod>(IDD_TIMEPERIOD); }},
+        {"ExportPeriod", ExportPeriod},
+    };
+    return windows;
+}
+
+std::string EntryName(const testing::TestParamInfo<WindowEntry>& info)
+{
+    return info.param.name;
+}
+
+} // namespace test
