@@ -7,7 +7,7 @@ tray_command 32813                                 # "OPC HDA Database Explorer.
 frame=$(wait_window MorvaneDBExplorer "Varnel OPC HDA Database Explorer")
 mvwin size "$frame" 760 420
 bar=$(mvwin child "$frame" "#32770")               # the filter bar
-mvwin settext "$bar" 1602 "line"                   # items whose ID contains "line"
+mvwin settext "$bar" 1602 "line1"                  # items whose ID contains "line1"
 mvwin command "$frame" 32832                       # Select all (the rows shown)
 settle
 shot db-explorer-filtered "$frame"
