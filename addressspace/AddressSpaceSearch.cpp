@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "common/Wildcard.h"
+
 namespace {
 
 std::wstring Lower(std::wstring text)
@@ -50,34 +52,12 @@ size_t CAddressSpaceSearch::IndexOf(const COPCServerAddressSpaceBranch* branch, 
 
 bool CAddressSpaceSearch::IsPattern(std::wstring_view query)
 {
-    return query.find_first_of(L"*?") != std::wstring_view::npos;
+    return CL::IsWildcardPattern(query);
 }
 
-// The usual matcher that remembers the last '*' and lets it take one more
-// character whenever the rest fails: linear in practice, no recursion.
 bool CAddressSpaceSearch::Matches(std::wstring_view pattern, std::wstring_view text)
 {
-    size_t p = 0;
-    size_t t = 0;
-    size_t star = std::wstring_view::npos;
-    size_t resume = 0;
-    while (t < text.size()) {
-        if (p < pattern.size() && (pattern[p] == L'?' || pattern[p] == text[t])) {
-            ++p;
-            ++t;
-        } else if (p < pattern.size() && pattern[p] == L'*') {
-            star = p++;
-            resume = t;
-        } else if (star != std::wstring_view::npos) {
-            p = star + 1;
-            t = ++resume;
-        } else {
-            return false;
-        }
-    }
-    while (p < pattern.size() && pattern[p] == L'*')
-        ++p;
-    return p == pattern.size();
+    return CL::WildcardMatch(pattern, text);
 }
 
 std::vector<size_t> CAddressSpaceSearch::Find(const std::wstring& query, size_t limit) const
