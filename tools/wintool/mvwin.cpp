@@ -12,6 +12,9 @@
 //   mvwin treeselect <tree> <i/j/...>        selects the node reached by child indices from the root
 //   mvwin listselect <list> <row>            selects and focuses one row of a list view
 //   mvwin headerclick <list> <column>        clicks a list view's column header
+//   mvwin treepoint <tree> <i/j/...> <hwnd>  the middle of a node's text in hwnd's client
+//                                            coordinates, as a mouse message's lParam
+//   mvwin listpoint <list> <row>             a point inside a row's text, as an lParam
 //   mvwin size <hwnd> <width> <height>       resizes a window
 //   mvwin close <hwnd>                       posts WM_CLOSE
 //   mvwin settext <dialog> <id> <text>       sets the text of a dialog's control (a file dialog's
@@ -22,6 +25,7 @@
 #include <commctrl.h>
 
 #include <cstdio>
+#include <cstring>
 #include <cwchar>
 #include <string>
 
@@ -118,24 +122,6 @@ int Rect(wchar_t** argv)
     return 0;
 }
 
-int TreeSelect(wchar_t** argv)
-{
-    const HWND tree = ParseHandle(argv[2]);
-    auto node = reinterpret_cast<HTREEITEM>(::SendMessageW(tree, TVM_GETNEXTITEM, TVGN_ROOT, 0));
-    for (const wchar_t* at = argv[3]; node && *at;) {
-        long index = wcstol(at, const_cast<wchar_t**>(&at), 10);
-        ::SendMessageW(tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(node));
-        node = reinterpret_cast<HTREEITEM>(::SendMessageW(tree, TVM_GETNEXTITEM, TVGN_CHILD, reinterpret_cast<LPARAM>(node)));
-        while (node && index-- > 0)
-            node = reinterpret_cast<HTREEITEM>(::SendMessageW(tree, TVM_GETNEXTITEM, TVGN_NEXT, reinterpret_cast<LPARAM>(node)));
-        if (*at == L'/')
-            ++at;
-    }
-    if (!node)
-        return 1;
-    ::SendMessageW(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(node));
-    return 0;
-}
 
 // LVM_SETITEMSTATE and HDM_GETITEMRECT take pointers: the structures go
 // into the other process's memory.
@@ -176,6 +162,70 @@ int ListSelect(wchar_t** argv)
     item.state = LVIS_SELECTED | LVIS_FOCUSED;
     Remote<LVITEMW> remote(list, item);
     return ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(Number(argv[3])), remote.Address()) ? 0 : 1;
+}
+
+// The node reached from the root by the child indices "i/j/...", expanding
+// the nodes on the way.
+HTREEITEM FindNode(HWND tree, const wchar_t* path)
+{
+    auto node = reinterpret_cast<HTREEITEM>(::SendMessageW(tree, TVM_GETNEXTITEM, TVGN_ROOT, 0));
+    for (const wchar_t* at = path; node && *at;) {
+        long index = wcstol(at, const_cast<wchar_t**>(&at), 10);
+        ::SendMessageW(tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(node));
+        node = reinterpret_cast<HTREEITEM>(::SendMessageW(tree, TVM_GETNEXTITEM, TVGN_CHILD, reinterpret_cast<LPARAM>(node)));
+        while (node && index-- > 0)
+            node = reinterpret_cast<HTREEITEM>(::SendMessageW(tree, TVM_GETNEXTITEM, TVGN_NEXT, reinterpret_cast<LPARAM>(node)));
+        if (*at == L'/')
+            ++at;
+    }
+    return node;
+}
+
+int TreeSelect(wchar_t** argv)
+{
+    const HWND tree = ParseHandle(argv[2]);
+    const HTREEITEM node = FindNode(tree, argv[3]);
+    if (!node)
+        return 1;
+    ::SendMessageW(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(node));
+    return 0;
+}
+
+void PrintPoint(POINT p)
+{
+    std::wprintf(L"%ld\n", static_cast<long>(static_cast<DWORD>(MAKELPARAM(p.x, p.y))));
+}
+
+int TreePoint(wchar_t** argv)
+{
+    const HWND tree = ParseHandle(argv[2]);
+    const HTREEITEM node = FindNode(tree, argv[3]);
+    if (!node)
+        return 1;
+    ::SendMessageW(tree, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(node));
+    RECT asked = {};
+    std::memcpy(&asked, &node, sizeof node);   // TVM_GETITEMRECT reads the node from the rectangle
+    Remote<RECT> remote(tree, asked);
+    if (!::SendMessageW(tree, TVM_GETITEMRECT, TRUE, remote.Address()))
+        return 1;
+    const RECT rect = remote.Read();
+    POINT p = {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
+    ::MapWindowPoints(tree, ParseHandle(argv[4]), &p, 1);
+    PrintPoint(p);
+    return 0;
+}
+
+int ListPoint(wchar_t** argv)
+{
+    const HWND list = ParseHandle(argv[2]);
+    RECT asked = {};
+    asked.left = LVIR_LABEL;
+    Remote<RECT> remote(list, asked);
+    if (!::SendMessageW(list, LVM_GETITEMRECT, static_cast<WPARAM>(Number(argv[3])), remote.Address()))
+        return 1;
+    const RECT rect = remote.Read();
+    PrintPoint(POINT{rect.left + 5, (rect.top + rect.bottom) / 2});
+    return 0;
 }
 
 int HeaderClick(wchar_t** argv)
@@ -224,6 +274,10 @@ int wmain(int argc, wchar_t** argv)
         return ListSelect(argv);
     if (verb == L"headerclick" && argc > 3)
         return HeaderClick(argv);
+    if (verb == L"treepoint" && argc > 4)
+        return TreePoint(argv);
+    if (verb == L"listpoint" && argc > 3)
+        return ListPoint(argv);
     if (verb == L"size" && argc > 4)
         return ::SetWindowPos(window, nullptr, 0, 0, static_cast<int>(Number(argv[3])), static_cast<int>(Number(argv[4])),
                               SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE) ? 0 : 1;
