@@ -2,8 +2,10 @@
 // through the accessibility interface (AccessibleObjectFromWindow and the
 // IAccessible the system makes for the control): every control that takes
 // input, and the program's own controls (the splitter, the chart's drag bar,
-// the chart), has a name; the chart's name says what it shows; buttons are
-// named by their text, edits and pickers by their label.
+// the chart), has a name; the chart's name says what it shows and its
+// description repeats its notes; buttons are named by their text; edits,
+// pickers, combo boxes and lists by their label (or the check box that
+// enables them), and every one of them has a name.
 #include <gtest/gtest.h>
 #include <windows.h>
 #include <commctrl.h>
@@ -23,8 +25,8 @@ namespace {
 
 using test::ControlInfo;
 
-// The name the accessibility interface gives the control, or nullopt-like
-// "<no object>" when the system has no accessible object for it.
+// What the accessibility interface says of the control; hasObject is false
+// when the system has no accessible object for it.
 struct AccessibleText {
     bool hasObject = false;
     HRESULT result = S_OK;
