@@ -5,46 +5,18 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 #include <commctrl.h>
-#include <oleacc.h>
+#include <objbase.h>
 
 #include <string>
-#include <utility>
 
-#include "common/ComPtr.h"
+#include "AccessibleRead.h"
 #include "common/ui/AccessibleName.h"
 
 namespace {
 
-struct Spoken {
-    std::wstring name;
-    std::wstring description;
-    long role = 0;
-};
-
-Spoken Read(HWND control)
+test::AccessibleText Read(HWND control)
 {
-    Spoken spoken;
-    CL::ComPtr<IAccessible> accessible;
-    // __uuidof: MinGW's static IID_IAccessible is not the interface's ID.
-    if (FAILED(::AccessibleObjectFromWindow(control, static_cast<DWORD>(OBJID_CLIENT), __uuidof(IAccessible),
-                                            reinterpret_cast<void**>(accessible.ReleaseAndGetAddressOf()))))
-        return spoken;
-    VARIANT self;
-    ::VariantInit(&self);
-    self.vt = VT_I4;
-    self.lVal = CHILDID_SELF;
-    BSTR text = nullptr;
-    if (SUCCEEDED(accessible->get_accName(self, &text)) && text)
-        spoken.name = text;
-    ::SysFreeString(std::exchange(text, nullptr));
-    if (SUCCEEDED(accessible->get_accDescription(self, &text)) && text)
-        spoken.description = text;
-    ::SysFreeString(text);
-    VARIANT role;
-    ::VariantInit(&role);
-    if (SUCCEEDED(accessible->get_accRole(self, &role)) && role.vt == VT_I4)
-        spoken.role = role.lVal;
-    return spoken;
+    return test::ReadAccessible(control);
 }
 
 class AccessibleNamesAnnotation : public testing::Test {
@@ -79,7 +51,7 @@ TEST_F(AccessibleNamesAnnotation, AControlNamedByATextIsSpokenWithItAndKeepsItsR
     const HWND plain = Child(WC_LISTVIEWW, L"", LVS_REPORT);
     const HWND list = Child(WC_LISTVIEWW, L"", LVS_REPORT);
     CL::CAccessibleName::Set(list, L"Items");
-    const Spoken spoken = Read(list);
+    const test::AccessibleText spoken = Read(list);
     EXPECT_EQ(spoken.name, L"Items");
     // The role is the system's (a list on Windows; Wine answers "client").
     EXPECT_EQ(spoken.role, Read(plain).role);

@@ -15,60 +15,20 @@
 #include <memory>
 #include <string>
 
+#include "AccessibleRead.h"
 #include "WindowCatalog.h"
 #include "WindowGeometry.h"
-#include "common/Bstr.h"
-#include "common/ComPtr.h"
 #include "common/Text.h"
 
 namespace {
 
 using test::ControlInfo;
 
-// What the accessibility interface says of the control; hasObject is false
-// when the system has no accessible object for it.
-struct AccessibleText {
-    bool hasObject = false;
-    HRESULT result = S_OK;
-    std::wstring name;
-    std::wstring description;
-    std::wstring role;
-};
+using test::AccessibleText;
 
 AccessibleText Read(HWND control)
 {
-    AccessibleText read;
-    CL::ComPtr<IAccessible> accessible;
-    // __uuidof: the IID_IAccessible of MinGW's oleacc import library is not
-    // the interface's ID when linked statically.
-    read.result = ::AccessibleObjectFromWindow(control, static_cast<DWORD>(OBJID_CLIENT), __uuidof(IAccessible),
-                                               reinterpret_cast<void**>(accessible.ReleaseAndGetAddressOf()));
-    if (FAILED(read.result) || !accessible)
-        return read;
-    read.hasObject = true;
-    VARIANT self;
-    ::VariantInit(&self);
-    self.vt = VT_I4;
-    self.lVal = CHILDID_SELF;
-    BSTR name = nullptr;
-    if (SUCCEEDED(accessible->get_accName(self, &name)) && name) {
-        read.name = name;
-        ::SysFreeString(name);
-    }
-    BSTR description = nullptr;
-    if (SUCCEEDED(accessible->get_accDescription(self, &description)) && description) {
-        read.description = description;
-        ::SysFreeString(description);
-    }
-    VARIANT role;
-    ::VariantInit(&role);
-    if (SUCCEEDED(accessible->get_accRole(self, &role)) && role.vt == VT_I4) {
-        wchar_t text[128] = {};
-        ::GetRoleTextW(static_cast<DWORD>(role.lVal), text, 128);
-        read.role = text;
-    }
-    ::VariantClear(&role);
-    return read;
+    return test::ReadAccessible(control);
 }
 
 bool IsOwnControl(const ControlInfo& c)
