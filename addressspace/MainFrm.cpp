@@ -31,6 +31,7 @@
 #include "common/Handle.h"
 #include "common/Text.h"
 #include "common/Util_Variant.h"
+#include "common/ui/AccessibleName.h"
 #include "common/ui/Dpi.h"
 #include "common/ui/OverwriteQuestion.h"
 #include "common/ui/WaitCursor.h"
@@ -242,6 +243,8 @@ LRESULT CMainFrame::OnCreate()
             CL::ThrowLastError(L"m_tree.Create");
         if (!m_list.Create(m_splitter, IDC_EDITOR_LIST, WS_TABSTOP | LVS_EDITLABELS))
             CL::ThrowLastError(L"m_list.Create");
+        CL::CAccessibleName::Set(m_tree, L"Branches");
+        CL::CAccessibleName::Set(m_list, L"Items");
         m_list.SetColumns(CItemRows::Columns());
         m_list.SetRows(&m_rows);
         m_splitter.SetPanes(m_tree, m_list);

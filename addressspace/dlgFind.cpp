@@ -4,6 +4,7 @@
 #include "common/DiagnosticLog.h"
 #include "common/ErrorReport.h"
 #include "common/Text.h"
+#include "common/ui/AccessibleName.h"
 #include "common/ui/WaitCursor.h"
 #include "res/resource.h"
 
@@ -28,6 +29,8 @@ BOOL CdlgFind::OnInitDialog()
     Log(3, "CdlgFind::OnInitDialog" + MV_POS());
     CL::RunReported([this] {
         m_list.Attach(GetDlgItem(IDC_FIND_RESULTS));
+        // The list is spoken with the count of matches above it.
+        CL::CAccessibleName::SetLabel(m_list, GetDlgItem(IDC_FIND_COUNT), L"Matches");
         m_list.SetColumns({{L"Path", 260}, {L"Data type", 110}, {L"Value", 120}});
         m_list.SetRows(this);
         m_anchors.Add(IDC_FIND_TEXT, CL::CDialogAnchors::kStretchX);

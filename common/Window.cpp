@@ -1,5 +1,6 @@
 #include "common/Window.h"
 
+#include "common/ui/AccessibleName.h"
 #include "common/ui/Dpi.h"
 
 namespace CL {
@@ -158,6 +159,9 @@ INT_PTR CALLBACK CDialog::StaticDialogProc(HWND hwnd, UINT message, WPARAM wPara
         self = reinterpret_cast<CDialog*>(lParam);
         self->m_hwnd = hwnd;
         ::SetWindowLongPtrW(hwnd, DWLP_USER, lParam);
+        // Edits, combo boxes, lists and pickers are spoken by their labels;
+        // OnInitDialog may name some otherwise.
+        CAccessibleName::SetFromLabels(hwnd);
     } else {
         self = reinterpret_cast<CDialog*>(::GetWindowLongPtrW(hwnd, DWLP_USER));
     }

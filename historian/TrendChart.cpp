@@ -15,6 +15,7 @@
 #include "common/Exception.h"
 #include "common/Handle.h"
 #include "common/Text.h"
+#include "common/ui/AccessibleName.h"
 #include "common/ui/Clipboard.h"
 #include "common/ui/FileDialog.h"
 #include "common/ui/WaitCursor.h"
@@ -246,8 +247,13 @@ void CTrendChart::UpdateCaption()
                       m_series.BadCount());
     else if (!m_message.empty())
         text = L"Chart: " + m_message;
-    if (IsWindow())
-        ::SetWindowTextW(Hwnd(), text.c_str());
+    if (!IsWindow())
+        return;
+    ::SetWindowTextW(Hwnd(), text.c_str());
+    // Its description is what it notes under the title, or its message
+    // when it draws no values.
+    const std::wstring notes = m_series.NotesText();
+    CAccessibleName::SetDescription(Hwnd(), !notes.empty() || !m_series.Empty() ? notes : m_message);
 }
 
 void CTrendChart::Invalidate()

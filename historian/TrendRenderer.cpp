@@ -41,16 +41,6 @@ size_t LineCount(const std::wstring& text)
     return text.empty() ? 0 : 1 + static_cast<size_t>(std::count(text.begin(), text.end(), L'\n'));
 }
 
-// The lines under the title: values marked as bad, values not drawn.
-std::wstring Notes(const CTrendSeries& series)
-{
-    std::wstring notes = series.BadText();
-    const std::wstring notDrawn = series.NotDrawnText();
-    if (!notes.empty() && !notDrawn.empty())
-        notes += L"\r\n";
-    return notes + notDrawn;
-}
-
 } // namespace
 
 struct CTrendRenderer::Metrics {
@@ -113,7 +103,7 @@ CTrendRenderer::Layout CTrendRenderer::Arrange(Gdiplus::Graphics& g, const Gdipl
     if (series.Empty())
         return layout;
     const Metrics m = Measure(g);
-    const float top = bounds.Y + Margin() + m.lineHeight * (1 + LineCount(Notes(series))) + Margin();
+    const float top = bounds.Y + Margin() + m.lineHeight * (1 + LineCount(series.NotesText())) + Margin();
     const float bottom = bounds.GetBottom() - (2 * m.lineHeight + Margin() + m_dpi.Scale(3));
     const float height = std::max(bottom - top, 1.0f);
 
@@ -188,7 +178,7 @@ void CTrendRenderer::DrawTexts(Gdiplus::Graphics& g, const Gdiplus::Rect& bounds
 {
     const Gdiplus::Color text = SystemColor(COLOR_WINDOWTEXT);
     DrawText(g, frame.title, bounds.X + Margin(), bounds.Y + Margin(), 0, text);
-    const std::wstring notes = Notes(series);
+    const std::wstring notes = series.NotesText();
     if (!notes.empty())
         DrawText(g, notes, bounds.X + Margin(), bounds.Y + Margin() + m.lineHeight, 0, Gdiplus::Color(255, 160, 0, 0));
     if (!series.Empty() || frame.message.empty())

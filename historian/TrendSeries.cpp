@@ -300,6 +300,15 @@ std::wstring CTrendSeries::BadText() const
     return Format(L"%zu value(s) NOT GOOD: red crosses, not joined by the line", m_bad);
 }
 
+std::wstring CTrendSeries::NotesText() const
+{
+    std::wstring notes = BadText();
+    const std::wstring notDrawn = NotDrawnText();
+    if (!notes.empty() && !notDrawn.empty())
+        notes += L"\r\n";
+    return notes + notDrawn;
+}
+
 void CTrendSeries::Reduce(double from, double to, double left, int width, bool everyPoint, CTrendPath& path) const
 {
     path.Clear();

@@ -97,6 +97,9 @@ public:
     std::wstring NotDrawnText() const;
     // What the chart says of values of bad quality; empty when there are none.
     std::wstring BadText() const;
+    // The notes the chart draws under its title: BadText, then NotDrawnText,
+    // one line each.
+    std::wstring NotesText() const;
 
     // What a plot of width pixels starting at x = left draws of the range
     // [from, to]. The points just outside the range are included so that

@@ -14,6 +14,7 @@
 #include "common/WorkCancelled.h"
 #include "common/ui/ClipboardText.h"
 #include "common/ui/FileDialog.h"
+#include "common/ui/AccessibleName.h"
 #include "common/ui/Dpi.h"
 #include "common/ui/WorkProgress.h"
 #include "common/ui/WaitCursor.h"
@@ -143,6 +144,7 @@ LRESULT CdlgDBExplorer::OnCreate()
                                {ID_DBEXPLORER_ABOUT, STD_HELP}});
         if (!m_list.Create(Hwnd(), IDC_DBEXPLORER_LIST))
             CL::ThrowLastError(L"m_list.Create (m_hWnd)");
+        CL::CAccessibleName::Set(m_list, L"Items in the database");
         ::SendMessageW(m_list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT | LVS_EX_INFOTIP | LVS_EX_LABELTIP,
                        LVS_EX_FULLROWSELECT | LVS_EX_INFOTIP | LVS_EX_LABELTIP);
         const HICON icon = ::LoadIconW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDI_MAIN));

@@ -18,6 +18,7 @@
 #include "common/WorkCancelled.h"
 #include "common/ui/ClipboardText.h"
 #include "common/ui/FileDialog.h"
+#include "common/ui/AccessibleName.h"
 #include "common/ui/Dpi.h"
 #include "common/ui/WaitCursor.h"
 #include "common/historian/Historian.h"
@@ -87,6 +88,7 @@ void CdlgHistData::InitControls()
     PresetBound(IDC_TIMEPERIOD_CHK_TO, IDC_TIMEPERIOD_TO, m_useTo, m_to == 0.0 ? now : m_to);
 
     m_list.Attach(GetDlgItem(IDC_HISTDATA_LIST));
+    CL::CAccessibleName::Set(m_list, L"Values");
     ::SendMessageW(m_list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP,
                    LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP);
     m_list.SetColumns({{L"Value", 170}, {L"Time (UTC)", 175}, {L"Var. type", 110}, {L"Quality", 80}});

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <limits>
 
+#include "AccessibleRead.h"
 #include "common/ui/Gdiplus.h"
 #include "historian/dlgHistData.h"
 #include "res/resource.h"
@@ -547,6 +548,26 @@ TEST_P(TrendChartTest, NoValuesRetrievedIsSaidInWords)
     ASSERT_TRUE(window.Open());
     window.ShowData();
     EXPECT_EQ(window.Chart().Message(), L"No values were retrieved: there is nothing to draw.");
+}
+
+// A screen reader hears what the chart says in words: its message before
+// values are drawn, then the notes under its title.
+TEST_P(TrendChartTest, ScreenReadersHearTheMessageThenTheNotesAsTheChartsDescription)
+{
+    const HRESULT com = ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    {
+        WriteSquares(L"Plant.Tank1.Level", 30, 5, 9);
+        ChartWindow window(m_historian, L"Plant.Tank1.Level");
+        ASSERT_TRUE(window.Open());
+        EXPECT_EQ(test::ReadAccessible(window.Chart()).description,
+                  L"Press \"Show data\" to draw the values of the time period.");
+        window.ShowData();
+        EXPECT_EQ(test::ReadAccessible(window.Chart()).description,
+                  L"1 value(s) NOT GOOD: red crosses, not joined by the line\r\n"
+                  L"1 value(s) not a finite number (NaN or infinite): not drawn");
+    }
+    if (SUCCEEDED(com))
+        ::CoUninitialize();
 }
 
 TEST_P(TrendChartTest, TheChartSitsBelowTheListAndTheCheckBoxHidesIt)
