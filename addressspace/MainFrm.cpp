@@ -32,6 +32,7 @@
 #include "common/Text.h"
 #include "common/Util_Variant.h"
 #include "common/ui/AccessibleName.h"
+#include "common/ui/ContextMenuKeys.h"
 #include "common/ui/Dpi.h"
 #include "common/ui/OverwriteQuestion.h"
 #include "common/ui/WaitCursor.h"
@@ -243,6 +244,7 @@ LRESULT CMainFrame::OnCreate()
             CL::ThrowLastError(L"m_tree.Create");
         if (!m_list.Create(m_splitter, IDC_EDITOR_LIST, WS_TABSTOP | LVS_EDITLABELS))
             CL::ThrowLastError(L"m_list.Create");
+        CL::EnableContextMenuKeys(m_tree);
         CL::CAccessibleName::Set(m_tree, L"Branches");
         CL::CAccessibleName::Set(m_list, L"Items");
         m_list.SetColumns(CItemRows::Columns());

@@ -1,6 +1,7 @@
 #include "common/Window.h"
 
 #include "common/ui/AccessibleName.h"
+#include "common/ui/ContextMenuKeys.h"
 #include "common/ui/Dpi.h"
 
 namespace CL {
@@ -162,6 +163,7 @@ INT_PTR CALLBACK CDialog::StaticDialogProc(HWND hwnd, UINT message, WPARAM wPara
         // Edits, combo boxes, lists and pickers are spoken by their labels;
         // OnInitDialog may name some otherwise.
         CAccessibleName::SetFromLabels(hwnd);
+        EnableContextMenuKeysOfChildren(hwnd);
     } else {
         self = reinterpret_cast<CDialog*>(::GetWindowLongPtrW(hwnd, DWLP_USER));
     }

@@ -17,6 +17,7 @@
 #include "common/Text.h"
 #include "common/ui/AccessibleName.h"
 #include "common/ui/Clipboard.h"
+#include "common/ui/ContextMenuKeys.h"
 #include "common/ui/FileDialog.h"
 #include "common/ui/WaitCursor.h"
 #include "res/resource.h"
@@ -136,6 +137,7 @@ HWND CTrendChart::Create(HWND parent, UINT id)
     if (!CreateEx(parent, L"Chart", WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_CLIPSIBLINGS, WS_EX_CLIENTEDGE, &place,
                   reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id))))
         ThrowLastError(L"m_chart.Create (m_hWnd)");
+    EnableContextMenuKeys(Hwnd());
     MakeRenderer();
 
     m_tooltip = ::CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP,

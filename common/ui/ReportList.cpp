@@ -1,3 +1,4 @@
+#include "common/ui/ContextMenuKeys.h"
 #include "common/ui/ReportList.h"
 
 #include <algorithm>
@@ -90,6 +91,7 @@ void CReportList::Attach(HWND list)
     ListView_SetExtendedListViewStyleEx(m_hwnd, LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP,
                                         LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP);
     RebuildArrows();
+    EnableContextMenuKeys(m_hwnd);
 }
 
 int CReportList::MinimumColumnWidth(const wchar_t* title) const

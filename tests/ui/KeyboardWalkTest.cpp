@@ -1,7 +1,9 @@
 // Every window and dialog driven by the keyboard alone, from opening to
 // closing: Tab reaches every control that takes input and comes round to
 // where it started, each label's mnemonic (Alt+letter) moves the focus to
-// its control, the mnemonics of a window are unique, and Esc (dialogs) or
+// its control, the mnemonics of a window are unique, every menu that the
+// right mouse button shows also opens by Shift+F10 and the context-menu key,
+// and Esc (dialogs) or
 // Alt+F4 (frame windows) closes the window. Keys go to the focused control
 // the way the message loop hands them over: the window's own translation
 // (a frame's accelerators) first, then IsDialogMessage for a dialog, else
@@ -18,6 +20,7 @@
 
 #include "WindowCatalog.h"
 #include "WindowGeometry.h"
+#include "support/MenuCapture.h"
 #include "common/Text.h"
 
 namespace {
@@ -69,6 +72,26 @@ protected:
         ::SetKeyboardState(keys);
         Deliver(MSG{target, static_cast<UINT>(alt ? WM_SYSKEYUP : WM_KEYUP), key,
                     static_cast<LPARAM>(down | (1u << 30) | (1u << 31)), 0, {}});
+        Pump();
+    }
+
+    // A key pressed and released with other keys held all the while (Shift
+    // stays down over the release of Shift+F10: a bare F10's release opens
+    // the menu bar).
+    void PressHeld(UINT key, UINT heldKey, UINT downMessage, UINT upMessage)
+    {
+        const HWND target = ::GetFocus() ? ::GetFocus() : Window();
+        BYTE keys[256] = {}, held[256] = {};
+        ::GetKeyboardState(keys);
+        std::copy(std::begin(keys), std::end(keys), std::begin(held));
+        held[key] = 0x80;
+        held[heldKey] = 0x80;
+        ::SetKeyboardState(held);
+        Deliver(MSG{target, downMessage, key, 1, 0, {}});
+        held[key] = 0;
+        ::SetKeyboardState(held);
+        Deliver(MSG{target, upMessage, key, static_cast<LPARAM>(1u | (1u << 30) | (1u << 31)), 0, {}});
+        ::SetKeyboardState(keys);
         Pump();
     }
 
@@ -208,6 +231,44 @@ TEST_P(KeyboardWalk, MnemonicsAreUniqueAndEachLabelsLeadsToItsControl)
             PressMnemonic(key);
             EXPECT_EQ(FocusedControl(), controls[i + 1].hwnd) << "Alt+" << static_cast<char>(key) << " of "
                                                               << CL::Narrow(c.text);
+        }
+    }
+}
+
+// Every control that shows a menu to the right mouse button shows the same
+// menu to the keyboard: Shift+F10 and the context-menu key. (The mouse's
+// request is sent as the system sends it after a right click: a
+// WM_CONTEXTMENU with the pointer's screen position.)
+TEST_P(KeyboardWalk, EveryContextMenuOpensFromTheKeyboardToo)
+{
+    for (const ControlInfo& c : test::VisibleControls(Window())) {
+        if (!::IsWindowEnabled(c.hwnd))
+            continue;
+        RECT r = {};
+        ::GetWindowRect(c.hwnd, &r);
+        std::vector<test::MenuEntry> byMouse;
+        {
+            test::TrackedMenuCapture capture(3000);
+            ::SendMessageW(c.hwnd, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(c.hwnd),
+                           MAKELPARAM((r.left + r.right) / 2, (r.top + r.bottom) / 2));
+            Pump();
+            if (!capture.Captured())
+                continue;
+            byMouse = capture.Entries();
+        }
+        const std::string what = CL::Narrow(c.className) + " #" + std::to_string(c.id);
+        struct Key {
+            const char* name;
+            UINT key, held, down, up;
+        };
+        for (const Key& k : {Key{"Shift+F10", VK_F10, VK_SHIFT, WM_SYSKEYDOWN, WM_SYSKEYUP},
+                             Key{"the context-menu key", VK_APPS, 0, WM_KEYDOWN, WM_KEYUP}}) {
+            ::SetFocus(c.hwnd);
+            Pump();
+            test::TrackedMenuCapture capture(3000);
+            PressHeld(k.key, k.held, k.down, k.up);
+            EXPECT_TRUE(capture.Captured()) << k.name << " shows no menu on " << what;
+            EXPECT_EQ(test::MenuTexts(capture.Entries()), test::MenuTexts(byMouse)) << k.name << " on " << what;
         }
     }
 }
