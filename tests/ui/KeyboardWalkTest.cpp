@@ -3,11 +3,10 @@
 // where it started, each label's mnemonic (Alt+letter) moves the focus to
 // its control, the mnemonics of a window are unique, every menu that the
 // right mouse button shows also opens by Shift+F10 and the context-menu key,
-// and Esc (dialogs) or
-// Alt+F4 (frame windows) closes the window. Keys go to the focused control
-// the way the message loop hands them over: the window's own translation
-// (a frame's accelerators) first, then IsDialogMessage for a dialog, else
-// dispatched.
+// and Esc (dialogs) or Alt+F4 (frame windows) closes the window. Keys go to
+// the focused control the way the message loop hands them over: the window's
+// own translation (a frame's accelerators) first, then IsDialogMessage for a
+// dialog, else dispatched.
 #include <gtest/gtest.h>
 #include <windows.h>
 #include <commctrl.h>
