@@ -262,7 +262,8 @@ int main(int argc, char** argv)
         const double redo = TimeCommand(frame, ID_AS_EDIT_REDO);
         const bool redone = !frame.Document().Model()->RootBranch()->FindBranch(L"Big");
 
-        // The status bar's counts, as every edit brings them up to date.
+        // The status bar's counts, as every edit brings them up to date, on
+        // the 100,000 items left after the redo took Big away again.
         const double statusStart = Seconds();
         for (int run = 0; run < kStatusRuns; ++run)
             CEditorStatus::Show(frame.Bars(), frame.ListBranch(), *frame.Document().Model()->RootBranch(), true);
@@ -284,7 +285,8 @@ int main(int argc, char** argv)
         Print("drag_move_10000_rows_seconds", move, kTargetOther);
         Print("undo_delete_10000_item_branch_seconds", undo, kTargetUndo);
         Print("redo_delete_10000_item_branch_seconds", redo, kTargetOther);
-        Print("status_counts_update_seconds", statusUpdate, kTargetStatus);
+        std::printf("status_counts_update_seconds %.6f on %zu items (target <= %.3f: %s)\n", statusUpdate, counted,
+                    kTargetStatus, statusUpdate <= kTargetStatus ? "met" : "MISSED");
         std::printf("editor_to_load_ratio %.3f\n", show / load);
         std::printf("editor_with_list_to_load_ratio %.3f\n", (show + fill) / load);
         if (!nameSorted || !valueSorted) {
@@ -312,7 +314,7 @@ int main(int argc, char** argv)
             std::fprintf(stderr, "the list shows %d rows, expected %d\n", rows, kBigItems);
             status = 1;
         }
-        if (counted != 100000u + kBigItems || CEditorStatus::TotalText(counted) != total) {
+        if (counted != 100000u || CEditorStatus::TotalText(counted) != total) {
             std::fprintf(stderr, "the status bar counted %zu items and shows '%ls'\n", counted, total);
             status = 1;
         }
