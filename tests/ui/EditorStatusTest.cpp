@@ -120,3 +120,16 @@ TEST_F(EditorStatus, AMenuPromptShowsInTheFirstPaneBesideTheCounts)
     ::SendMessageW(Frame(), WM_MENUSELECT, MAKEWPARAM(0, 0xFFFF), 0);
     EXPECT_EQ(Pane(0), L"Ready");
 }
+
+// The tray reloads the editor after the options changed: no command of the
+// editor runs, the panes follow the reloaded address space all the same.
+TEST_F(EditorStatus, AReloadStartedByTheTrayShowsTheNewCountsAndClearsModified)
+{
+    DeleteRow(L"Count");
+    ASSERT_EQ(ModifiedPane(), L"Modified");
+    test::WriteFileBytes(exchangeFile, "<Morvane_OPCDAAddressSpace Name=\"\"><Branch Name=\"Plant\"></Branch>"
+                                       "</Morvane_OPCDAAddressSpace>");
+    editor->ReloadFromFile();
+    EXPECT_EQ(TotalPane(), L"Address space: 0 item(s)");
+    EXPECT_EQ(ModifiedPane(), L"");
+}
