@@ -16,6 +16,7 @@
 #include "addressspace/DeleteItemsCommand.h"
 #include "addressspace/EditMenu.h"
 #include "addressspace/EditorPlace.h"
+#include "addressspace/EditorStatus.h"
 #include "addressspace/ItemPropertiesCommand.h"
 #include "addressspace/RenameBranchCommand.h"
 #include "addressspace/ReplaceModelCommand.h"
@@ -129,14 +130,19 @@ HWND CMainFrame::Create()
     CL::UniqueMenu menu(::LoadMenuW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDR_EDITOR_MENU)));
     if (!menu)
         return nullptr;
-    RECT work = {};
-    ::SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
     const CL::CDpi dpi = CL::CDpi::Of(nullptr);
-    const int width = std::min(dpi.Scale(820), static_cast<int>(work.right - work.left));
-    const int height = std::min(dpi.Scale(560), static_cast<int>(work.bottom - work.top));
-    const int left = work.left + (work.right - work.left - width) / 2;
-    const int top = work.top + (work.bottom - work.top - height) / 2;
-    const RECT rect = {left, top, left + width, top + height};
+    m_layout = CEditorLayout::Load(m_layoutKey);
+    RECT rect = {};
+    if (!m_layout.WindowRect(dpi, rect)) {
+        // Centred in the work area, when no usable place is remembered.
+        RECT work = {};
+        ::SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+        const int width = std::min(dpi.Scale(820), static_cast<int>(work.right - work.left));
+        const int height = std::min(dpi.Scale(560), static_cast<int>(work.bottom - work.top));
+        const int left = work.left + (work.right - work.left - width) / 2;
+        const int top = work.top + (work.bottom - work.top - height) / 2;
+        rect = RECT{left, top, left + width, top + height};
+    }
     const HWND window = CreateEx(nullptr, kTitle, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, 0, &rect, menu.get());
     if (window)
         menu.release();   // the window's menu goes with the window
@@ -187,6 +193,7 @@ LRESULT CMainFrame::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case WM_COMMAND:
         OnCommand(LOWORD(wParam));
+        ShowStatus();
         return 0;
     case WM_NOTIFY:
         return OnNotify(reinterpret_cast<NMHDR*>(lParam));
@@ -201,6 +208,7 @@ LRESULT CMainFrame::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case kRenameMessage:
         OnRenameMessage();
+        ShowStatus();
         return 0;
     case WM_MOUSEMOVE:
         if (m_drag.active)
@@ -208,6 +216,7 @@ LRESULT CMainFrame::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case WM_LBUTTONUP:
         OnDragDrop(wParam, lParam);
+        ShowStatus();
         return 0;
     case WM_CAPTURECHANGED:
         if (m_drag.active && reinterpret_cast<HWND>(lParam) != Hwnd()) {
@@ -233,7 +242,10 @@ LRESULT CMainFrame::OnCreate()
     CL::RunReported([this, &created] {
         m_accelerators = ::LoadAcceleratorsW(CL::ModuleInstance(), MAKEINTRESOURCEW(IDR_EDITOR_MENU));
         m_bars.Create(Hwnd(), ToolButtons());
-        if (!m_splitter.Create(Hwnd(), IDC_EDITOR_SPLITTER, CL::CDpi::Of(Hwnd()).Scale(kSplitterPosition)))
+        m_bars.SetPanes(CEditorStatus::PaneWidths());
+        const CL::CDpi dpi = CL::CDpi::Of(Hwnd());
+        if (!m_splitter.Create(Hwnd(), IDC_EDITOR_SPLITTER,
+                               m_layout.SplitterPosition(dpi, dpi.Scale(kSplitterPosition))))
             CL::ThrowLastError(L"m_splitter.Create");
         m_tree = ::CreateWindowExW(WS_EX_CLIENTEDGE, WC_TREEVIEWW, L"",
                                    WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
@@ -248,6 +260,7 @@ LRESULT CMainFrame::OnCreate()
         CL::CAccessibleName::Set(m_tree, L"Branches");
         CL::CAccessibleName::Set(m_list, L"Items");
         m_list.SetColumns(CItemRows::Columns());
+        m_layout.ApplyColumns(m_list.Hwnd());
         m_list.SetRows(&m_rows);
         m_splitter.SetPanes(m_tree, m_list);
         // Both panes stay wide enough to be seen and grabbed.
@@ -269,6 +282,7 @@ LRESULT CMainFrame::OnCreate()
 void CMainFrame::OnDestroy()
 {
     Log(3, "CMainFrame::OnDestroy" + MV_POS());
+    CL::RunReported([this] { SaveLayout(); });
     CL::RunReported([this] {
         m_document.AttachViews(nullptr);
         ClearViews();
@@ -276,6 +290,18 @@ void CMainFrame::OnDestroy()
         m_tree = nullptr;
         m_lastFocus = nullptr;
     });
+}
+
+void CMainFrame::SaveLayout()
+{
+    if (m_splitter.IsWindow() && m_list.Hwnd())
+        CEditorLayout::Capture(Hwnd(), m_splitter.Position(), m_list.Hwnd()).Save(m_layoutKey);
+}
+
+void CMainFrame::ShowStatus()
+{
+    if (m_tree)
+        CEditorStatus::Show(m_bars, m_listBranch.get(), *m_document.Model()->RootBranch(), m_document.IsDirty());
 }
 
 void CMainFrame::OnSize()
@@ -558,6 +584,7 @@ void CMainFrame::FillViews()
         SelectRowsOf(rows);
     }
     m_place.Clear();
+    ShowStatus();
 }
 
 void CMainFrame::FillList(COPCServerAddressSpaceBranch* branch)
@@ -568,6 +595,7 @@ void CMainFrame::FillList(COPCServerAddressSpaceBranch* branch)
     else
         m_rows.Clear();
     m_list.Reset(true);
+    ShowStatus();
 }
 
 void CMainFrame::OnTreeSelChanged(const NMTREEVIEWW& change)

@@ -21,6 +21,7 @@
 #include "addressspace/AddressSpaceCsv.h"
 #include "addressspace/AddressSpaceExchange.h"
 #include "addressspace/EditCommand.h"
+#include "addressspace/EditorLayout.h"
 #include "addressspace/EditorPlace.h"
 #include "addressspace/FindCursor.h"
 #include "addressspace/ItemFields.h"
@@ -63,6 +64,10 @@ public:
     void SetHistoryHook(HistoryHook hook) { m_history = std::move(hook); }
     void SetAboutHook(AboutHook hook) { m_about = std::move(hook); }
     void SetUrlOpener(UrlOpener opener) { m_openUrl = std::move(opener); }
+    // The key of HKEY_CURRENT_USER that keeps the window's layout from one
+    // opening to the next (read by Create, written when the window goes).
+    void SetLayoutKey(std::wstring key) { m_layoutKey = std::move(key); }
+    const std::wstring& LayoutKey() const { return m_layoutKey; }
 
     // The editor's keyboard accelerators; true when the message was one.
     bool PreTranslateMessage(MSG& msg);
@@ -151,6 +156,11 @@ private:
     HTREEITEM TargetNode() const;
     void FillList(COPCServerAddressSpaceBranch* branch);
     void Layout();
+    // The status bar's item counts and "Modified" pane, brought up to the
+    // model and the dirty flag after every message that may change them.
+    void ShowStatus();
+    // Writes the window's layout under the layout key.
+    void SaveLayout();
 
     // Edits behind the commands.
     void DeleteSelectedBranch();
@@ -228,6 +238,8 @@ private:
     HWND m_lastFocus = nullptr;
     CFindCursor m_find;
     CEditorPlace m_place;
+    std::wstring m_layoutKey = CEditorLayout::DefaultKey();
+    CEditorLayout m_layout;   // as read by Create
     PendingRename m_pendingRename;
     DragState m_drag;   // taken by ClearViews, given back by FillViews
     wchar_t m_openPath[261] = {};

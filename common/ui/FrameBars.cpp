@@ -1,5 +1,7 @@
 #include "common/ui/FrameBars.h"
 
+#include <algorithm>
+
 #include "common/ui/Dpi.h"
 
 namespace CL {
@@ -110,6 +112,7 @@ RECT CFrameBars::Layout()
     }
     if (StatusBarVisible()) {
         ::SendMessageW(m_status, WM_SIZE, 0, 0);
+        SetParts();
         rc.bottom -= BarHeight(m_status);
     }
     if (rc.bottom < rc.top)
@@ -127,6 +130,35 @@ void CFrameBars::SetIdleText(const std::wstring& text)
 {
     m_idle = text;
     SetStatusText(m_idle);
+}
+
+void CFrameBars::SetPanes(std::vector<int> widths96)
+{
+    m_paneWidths = std::move(widths96);
+    SetParts();
+}
+
+void CFrameBars::SetParts()
+{
+    if (!m_status || m_paneWidths.empty())
+        return;
+    RECT client = {};
+    ::GetClientRect(m_status, &client);
+    const CDpi dpi = CDpi::Of(m_status);
+    // Each part is given by its right edge; the last one reaches the end.
+    std::vector<int> edges(m_paneWidths.size() + 1, -1);
+    int right = client.right;
+    for (size_t pane = m_paneWidths.size(); pane > 0; --pane) {
+        right -= dpi.Scale(m_paneWidths[pane - 1]);
+        edges[pane - 1] = std::max(0, right);
+    }
+    ::SendMessageW(m_status, SB_SETPARTS, edges.size(), reinterpret_cast<LPARAM>(edges.data()));
+}
+
+void CFrameBars::SetPaneText(int pane, const std::wstring& text)
+{
+    if (m_status)
+        ::SendMessageW(m_status, SB_SETTEXTW, static_cast<WPARAM>(pane), reinterpret_cast<LPARAM>(text.c_str()));
 }
 
 bool CFrameBars::OnNotify(const NMHDR* header, LRESULT* result)

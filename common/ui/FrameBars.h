@@ -51,6 +51,13 @@ public:
     void SetStatusText(const std::wstring& text);
     void SetIdleText(const std::wstring& text);
 
+    // Panes right of the prompt, of these widths in pixels at 96 dpi (left
+    // to right); the prompt's pane takes what is left. Prompts, tooltips'
+    // texts and the idle text stay in the first pane.
+    void SetPanes(std::vector<int> widths96);
+    // The text of pane 1, 2 ... (0 is the prompt's).
+    void SetPaneText(int pane, const std::wstring& text);
+
     bool OnNotify(const NMHDR* header, LRESULT* result);
     void OnMenuSelect(WPARAM wParam, LPARAM lParam);
 
@@ -63,12 +70,15 @@ private:
     // Gives the toolbar its images at the frame's DPI; returns the index of
     // the first VIEW_* image.
     int SetImages();
+    // Divides the status bar into the prompt's pane and the fixed panes.
+    void SetParts();
 
     HWND m_frame = nullptr;
     HWND m_toolbar = nullptr;
     HWND m_status = nullptr;
     UniqueImageList m_images;   // the toolbar's images at the frame's DPI
     int m_imageDpi = 0;
+    std::vector<int> m_paneWidths;   // at 96 dpi
     std::wstring m_idle = L"Ready";
     std::wstring m_tipBuffer;
 };

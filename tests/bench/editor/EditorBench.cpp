@@ -12,7 +12,9 @@
 //     name gets the next free number), duplicate x10,000 through its dialog,
 //   - a drag of the 10,000 rows onto the root's node (the move and the
 //     views' update after the drop),
-//   - undo and redo of deleting the 10,000-item branch.
+//   - undo and redo of deleting the 10,000-item branch,
+//   - the status bar's item counts (the listed branch and the whole address
+//     space), brought up to date after every edit: one update.
 // Prints one figure per line, the targets, and the ratio of the editor's own
 // time to the load.
 //
@@ -25,11 +27,14 @@
 #include <string>
 
 #include "addressspace/AddressSpaceSearch.h"
+#include "addressspace/EditorLayout.h"
+#include "addressspace/EditorStatus.h"
 #include "addressspace/ItemRows.h"
 #include "addressspace/MainFrm.h"
 #include "bench/BenchAddressSpace.h"
 #include "bench/BenchTiming.h"
 #include "common/Exception.h"
+#include "common/RegistryKey.h"
 #include "common/Text.h"
 #include "res/resource.h"
 #include "support/DialogScript.h"
@@ -45,6 +50,8 @@ constexpr double kTargetSort = 0.3;
 constexpr double kTargetFind = 0.05;
 constexpr double kTargetUndo = 0.3;
 constexpr double kTargetOther = 1.0;
+constexpr double kTargetStatus = 0.005;   // a small part of the quickest edit
+constexpr int kStatusRuns = 100;
 constexpr size_t kFirstResults = 50;   // about one screen of the results list
 
 // Handles what the windows have queued (painting included).
@@ -157,6 +164,9 @@ int main(int argc, char** argv)
         const double load = Seconds() - loadStart;
 
         CMainFrame frame{CAddressSpaceExchange([] { return std::wstring(L"MvBenchNoService"); }, path)};
+        // The bench's window keeps its layout apart from the program's.
+        const std::wstring layoutKey = CEditorLayout::DefaultKey() + L" Bench";
+        frame.SetLayoutKey(layoutKey);
         frame.Document().SetModel(loaded);
         const double showStart = Seconds();
         if (!frame.Create())
@@ -252,6 +262,16 @@ int main(int argc, char** argv)
         const double redo = TimeCommand(frame, ID_AS_EDIT_REDO);
         const bool redone = !frame.Document().Model()->RootBranch()->FindBranch(L"Big");
 
+        // The status bar's counts, as every edit brings them up to date, on
+        // the 100,000 items left after the redo took Big away again.
+        const double statusStart = Seconds();
+        for (int run = 0; run < kStatusRuns; ++run)
+            CEditorStatus::Show(frame.Bars(), frame.ListBranch(), *frame.Document().Model()->RootBranch(), true);
+        const double statusUpdate = (Seconds() - statusStart) / kStatusRuns;
+        wchar_t total[64] = {};
+        ::SendMessageW(frame.Bars().StatusBar(), SB_GETTEXTW, CEditorStatus::kTotalPane, reinterpret_cast<LPARAM>(total));
+        const size_t counted = CEditorStatus::CountItems(*frame.Document().Model()->RootBranch());
+
         std::printf("items %d in the list, %u tree nodes\n", rows, nodes);
         std::printf("load_seconds %.3f\n", load);
         Print("editor_shown_seconds", show, kTargetShow);
@@ -265,6 +285,8 @@ int main(int argc, char** argv)
         Print("drag_move_10000_rows_seconds", move, kTargetOther);
         Print("undo_delete_10000_item_branch_seconds", undo, kTargetUndo);
         Print("redo_delete_10000_item_branch_seconds", redo, kTargetOther);
+        std::printf("status_counts_update_seconds %.6f on %zu items (target <= %.3f: %s)\n", statusUpdate, counted,
+                    kTargetStatus, statusUpdate <= kTargetStatus ? "met" : "MISSED");
         std::printf("editor_to_load_ratio %.3f\n", show / load);
         std::printf("editor_with_list_to_load_ratio %.3f\n", (show + fill) / load);
         if (!nameSorted || !valueSorted) {
@@ -292,8 +314,13 @@ int main(int argc, char** argv)
             std::fprintf(stderr, "the list shows %d rows, expected %d\n", rows, kBigItems);
             status = 1;
         }
+        if (counted != 100000u || CEditorStatus::TotalText(counted) != total) {
+            std::fprintf(stderr, "the status bar counted %zu items and shows '%ls'\n", counted, total);
+            status = 1;
+        }
         frame.Document().SetDirty(false);
         frame.DestroyWindow();
+        CL::CRegistryKey::Delete(HKEY_CURRENT_USER, layoutKey);
     } catch (const CL::CException& e) {
         std::fprintf(stderr, "%ls\n", e.Text().c_str());
         status = 1;
