@@ -1,5 +1,7 @@
 #include "historian/HistoryCsvWriter.h"
 
+#include <initializer_list>
+
 #include "common/Csv.h"
 #include "common/LocalTimeTexts.h"
 #include "common/Text.h"
@@ -26,6 +28,21 @@ void AppendDigits(std::wstring& text, unsigned number, size_t width)
         digits[count] = L'0';
     while (count > 0)
         text += digits[--count];
+}
+
+// One field of a time text: its number, its digits at least, the text after it.
+struct TimeField {
+    unsigned number;
+    size_t width;
+    const wchar_t* after;
+};
+
+void AppendFields(std::wstring& text, std::initializer_list<TimeField> fields)
+{
+    for (const TimeField& field : fields) {
+        AppendDigits(text, field.number, field.width);
+        text += field.after;
+    }
 }
 
 } // namespace
@@ -82,35 +99,21 @@ void CHistoryCsvWriter::AppendRecord(std::wstring& text, const std::wstring& ite
 void CHistoryCsvWriter::AppendTimes(std::wstring& text, const FILETIME& utc)
 {
     const SYSTEMTIME& local = m_localFields.Fields(m_localTimes.Local(utc));
-    AppendDigits(text, local.wDay, 2);
-    text += L':';
-    AppendDigits(text, local.wMonth, 2);
-    text += L':';
-    AppendDigits(text, local.wYear, 4);
-    text += L" - ";
-    AppendDigits(text, local.wHour, 2);
-    text += L':';
-    AppendDigits(text, local.wMinute, 2);
-    text += L':';
-    AppendDigits(text, local.wSecond, 2);
-    text += L':';
-    AppendDigits(text, local.wMilliseconds, 3);
-    text += L',';
+    AppendFields(text, {{local.wDay, 2, L":"},
+                        {local.wMonth, 2, L":"},
+                        {local.wYear, 4, L" - "},
+                        {local.wHour, 2, L":"},
+                        {local.wMinute, 2, L":"},
+                        {local.wSecond, 2, L":"},
+                        {local.wMilliseconds, 3, L","}});
     const SYSTEMTIME& t = m_utcFields.Fields(utc);
-    AppendDigits(text, t.wYear, 4);
-    text += L'-';
-    AppendDigits(text, t.wMonth, 2);
-    text += L'-';
-    AppendDigits(text, t.wDay, 2);
-    text += L'T';
-    AppendDigits(text, t.wHour, 2);
-    text += L':';
-    AppendDigits(text, t.wMinute, 2);
-    text += L':';
-    AppendDigits(text, t.wSecond, 2);
-    text += L'.';
-    AppendDigits(text, t.wMilliseconds, 3);
-    text += L"Z,";
+    AppendFields(text, {{t.wYear, 4, L"-"},
+                        {t.wMonth, 2, L"-"},
+                        {t.wDay, 2, L"T"},
+                        {t.wHour, 2, L":"},
+                        {t.wMinute, 2, L":"},
+                        {t.wSecond, 2, L"."},
+                        {t.wMilliseconds, 3, L"Z,"}});
 }
 
 void CHistoryCsvWriter::Flush(std::wstring& text)
