@@ -16,6 +16,11 @@ LONGLONG Ticks(const FILETIME& time)
 
 std::wstring CLocalTimeTexts::Text(const FILETIME& utc)
 {
+    return LocalFileTimeText(Local(utc));
+}
+
+FILETIME CLocalTimeTexts::Local(const FILETIME& utc)
+{
     if (!m_known) {
         FILETIME local;
         if (!::FileTimeToLocalFileTime(&utc, &local))
@@ -24,8 +29,7 @@ std::wstring CLocalTimeTexts::Text(const FILETIME& utc)
         m_known = true;
     }
     const ULONGLONG ticks = static_cast<ULONGLONG>(Ticks(utc) + m_offset);
-    const FILETIME local = {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-    return LocalFileTimeText(local);
+    return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
 } // namespace CL

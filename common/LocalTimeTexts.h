@@ -13,6 +13,8 @@ namespace CL {
 class CLocalTimeTexts {
 public:
     std::wstring Text(const FILETIME& utc);
+    // The local file time of a UTC one, by the same offset.
+    FILETIME Local(const FILETIME& utc);
 
 private:
     bool m_known = false;

@@ -1,7 +1,8 @@
 #include "historian/HistoryCsvWriter.h"
 
+#include <initializer_list>
+
 #include "common/Csv.h"
-#include "common/LocalTime.h"
 #include "common/LocalTimeTexts.h"
 #include "common/Text.h"
 #include "common/Util_Variant.h"
@@ -12,6 +13,37 @@ namespace {
 
 constexpr size_t kValuesPerBlock = 4096;
 constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
+
+// Appends the number in decimal with at least width digits (zeros in
+// front), as "%0<width>u" writes it.
+void AppendDigits(std::wstring& text, unsigned number, size_t width)
+{
+    wchar_t digits[16];
+    size_t count = 0;
+    do {
+        digits[count++] = static_cast<wchar_t>(L'0' + number % 10);
+        number /= 10;
+    } while (number != 0);
+    for (; count < width; ++count)
+        digits[count] = L'0';
+    while (count > 0)
+        text += digits[--count];
+}
+
+// One field of a time text: its number, its digits at least, the text after it.
+struct TimeField {
+    unsigned number;
+    size_t width;
+    const wchar_t* after;
+};
+
+void AppendFields(std::wstring& text, std::initializer_list<TimeField> fields)
+{
+    for (const TimeField& field : fields) {
+        AppendDigits(text, field.number, field.width);
+        text += field.after;
+    }
+}
 
 } // namespace
 
@@ -52,16 +84,36 @@ void CHistoryCsvWriter::AppendRecord(std::wstring& text, const std::wstring& ite
     const WORD quality = values.qualities[i];
     text += itemField;
     text += L',';
-    text += m_localTimes.Text(values.times[i]);
-    text += L',';
-    text += UtcIsoText(values.times[i]);
-    text += L',';
+    AppendTimes(text, values.times[i]);
     AppendDelimitedField(text, VariantToString(value, kLocaleSystemDefault, kArraySeparator), L',');
     text += L',';
-    text += std::to_wstring(quality);
+    AppendDigits(text, quality, 1);
     text += (quality & 0xC0) == 0xC0 ? L",1," : L",0,";
     AppendDelimitedField(text, type->second, L',');
     text += L"\r\n";
+}
+
+// The local time as the list shows it (LocalFileTimeText) and the UTC time
+// in ISO 8601 (UtcIsoText), each followed by a comma, written digit by digit:
+// the formatting functions cost more than the whole rest of a record.
+void CHistoryCsvWriter::AppendTimes(std::wstring& text, const FILETIME& utc)
+{
+    const SYSTEMTIME& local = m_localFields.Fields(m_localTimes.Local(utc));
+    AppendFields(text, {{local.wDay, 2, L":"},
+                        {local.wMonth, 2, L":"},
+                        {local.wYear, 4, L" - "},
+                        {local.wHour, 2, L":"},
+                        {local.wMinute, 2, L":"},
+                        {local.wSecond, 2, L":"},
+                        {local.wMilliseconds, 3, L","}});
+    const SYSTEMTIME& t = m_utcFields.Fields(utc);
+    AppendFields(text, {{t.wYear, 4, L"-"},
+                        {t.wMonth, 2, L"-"},
+                        {t.wDay, 2, L"T"},
+                        {t.wHour, 2, L":"},
+                        {t.wMinute, 2, L":"},
+                        {t.wSecond, 2, L"."},
+                        {t.wMilliseconds, 3, L"Z,"}});
 }
 
 void CHistoryCsvWriter::Flush(std::wstring& text)

@@ -16,6 +16,7 @@
 
 #include "common/LocalTimeTexts.h"
 #include "common/ReplacingFile.h"
+#include "common/TimeFieldsCache.h"
 #include "common/historian/HistorianValues.h"
 
 namespace CL {
@@ -35,11 +36,14 @@ public:
 
 private:
     void AppendRecord(std::wstring& text, const std::wstring& itemField, const CHistorianValues& values, size_t i);
+    void AppendTimes(std::wstring& text, const FILETIME& utc);
     void Flush(std::wstring& text);
 
     CReplacingFile& m_file;
     std::map<VARTYPE, std::wstring> m_typeNames;
     CLocalTimeTexts m_localTimes;
+    CTimeFieldsCache m_localFields;
+    CTimeFieldsCache m_utcFields;
 };
 
 } // namespace CL

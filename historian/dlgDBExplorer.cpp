@@ -161,6 +161,7 @@ LRESULT CdlgDBExplorer::OnCreate()
         m_filterBar.onChanged = [this](const std::wstring& text) { OnFilterChanged(text); };
         // In the tab order before the list, as it is above it.
         ::SetWindowPos(m_filterBar, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+        CreateCancelButton();
         ::SetWindowTextW(Hwnd(), Title().c_str());
         created = true;
     });
@@ -180,6 +181,35 @@ void CdlgDBExplorer::OnSize()
         ::MoveWindow(m_filterBar, content.left, content.top, content.right - content.left, filter, TRUE);
     ::MoveWindow(m_list, content.left, content.top + filter, content.right - content.left,
                  content.bottom - content.top - filter, TRUE);
+    PlaceCancelButton();
+}
+
+void CdlgDBExplorer::CreateCancelButton()
+{
+    const HWND status = m_bars.StatusBar();
+    // The button is drawn over the bar: the bar's own painting leaves it out.
+    ::SetWindowLongW(status, GWL_STYLE, ::GetWindowLongW(status, GWL_STYLE) | WS_CLIPCHILDREN);
+    m_cancel = ::CreateWindowExW(0, WC_BUTTONW, L"Cancel", WS_CHILD | WS_TABSTOP | BS_PUSHBUTTON, 0, 0, 0, 0, status,
+                                 reinterpret_cast<HMENU>(static_cast<INT_PTR>(ID_DBEXPLORER_CANCEL)),
+                                 CL::ModuleInstance(), nullptr);
+    if (!m_cancel)
+        CL::ThrowLastError(L"CreateWindowExW (WC_BUTTONW, \"Cancel\")");
+}
+
+// At the right end of the status bar, left of its size grip, in the font of
+// the filter box (the dialog font at the window's DPI).
+void CdlgDBExplorer::PlaceCancelButton()
+{
+    if (!m_cancel)
+        return;
+    ::SendMessageW(m_cancel, WM_SETFONT, ::SendMessageW(m_filterBar.Edit(), WM_GETFONT, 0, 0), FALSE);
+    RECT bar;
+    ::GetClientRect(m_bars.StatusBar(), &bar);
+    const CL::CDpi dpi = CL::CDpi::Of(Hwnd());
+    const int width = dpi.Scale(75);
+    const int height = bar.bottom - bar.top - dpi.Scale(2);
+    const int grip = ::GetSystemMetrics(SM_CXVSCROLL);
+    ::MoveWindow(m_cancel, std::max(0, static_cast<int>(bar.right) - grip - width), dpi.Scale(1), width, height, TRUE);
 }
 
 bool CdlgDBExplorer::OnNotify(const NMHDR* header, LRESULT* result)
@@ -462,7 +492,8 @@ bool CdlgDBExplorer::ExportItems(const std::vector<std::wstring>& itemIds, const
     const DATE to = CL::LocalToUtcDate(period.m_to + CL::kOneSecond);
     try {
         CL::CHistoryExporter exporter(path, CL::ExportFormatFor(path, filterIndex));
-        CL::CWorkProgress progress(Hwnd(), [this](const std::wstring& text) { m_bars.SetStatusText(text); });
+        CL::CWorkProgress progress(
+            Hwnd(), [this](const std::wstring& text) { m_bars.SetStatusText(text); }, m_cancel);
         for (size_t i = 0; i < itemIds.size(); ++i) {
             const auto say = [&](const wchar_t* what, size_t done) {
                 progress.Step([&] {

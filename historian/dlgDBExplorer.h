@@ -45,6 +45,9 @@ public:
     const CL::CReportList& List() const { return m_list; }
     const CL::CFrameBars& Bars() const { return m_bars; }
     CDBExplorerFilterBar& FilterBar() { return m_filterBar; }
+    // "Cancel" at the right end of the status bar, shown only while long
+    // work (an export) runs.
+    HWND CancelButton() const { return m_cancel; }
 
     // The window's keys before they are dispatched (the program's message
     // loop calls it): Ctrl+F and Alt+L to the filter box, and the filter
@@ -59,6 +62,8 @@ protected:
 private:
     LRESULT OnCreate();
     void OnSize();
+    void CreateCancelButton();
+    void PlaceCancelButton();
     bool OnNotify(const NMHDR* header, LRESULT* result);
     void OnCommand(WORD id);
     void OnRefresh();
@@ -97,4 +102,5 @@ private:
     CL::CReportList m_list;
     CDBExplorerFilterBar m_filterBar;
     CL::CDBExplorerRows m_rows;
+    HWND m_cancel = nullptr;   // a child of the status bar, destroyed with it
 };

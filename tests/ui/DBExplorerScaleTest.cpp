@@ -326,6 +326,56 @@ TEST_P(DBExplorerExport, EscInTheMiddleLeavesNoFileAndTheTargetAsItWas)
     }
 }
 
+TEST_P(DBExplorerExport, LongExportShowsCancelInTheStatusBarAndItsClickStopsWithNothingWritten)
+{
+    WriteRun(L"a", {Date(2023, 3, 15, 10, 0, 0)});
+    WriteRun(L"b", {Date(2023, 3, 15, 10, 0, 0)});
+    Open();
+    const HWND cancel = m_explorer.CancelButton();
+    ASSERT_NE(cancel, nullptr);
+    EXPECT_EQ(test::WindowText(cancel), L"Cancel");
+    const auto visible = [cancel] { return (::GetWindowLongW(cancel, GWL_STYLE) & WS_VISIBLE) != 0; };
+    EXPECT_FALSE(visible());
+    // Inside the status bar, at its right end.
+    RECT bar;
+    RECT button;
+    ::GetWindowRect(m_explorer.Bars().StatusBar(), &bar);
+    ::GetWindowRect(cancel, &button);
+    EXPECT_GE(button.left, bar.left + (bar.right - bar.left) / 2);
+    EXPECT_LE(button.right, bar.right);
+    EXPECT_GE(button.top, bar.top);
+    EXPECT_LE(button.bottom, bar.bottom);
+    EXPECT_GT(button.right - button.left, 0);
+
+    Command(ID_DBEXPLORER_SELECT_ALL);
+    test::TempDir folder;
+    const std::wstring path = folder.File(L"old.csv");
+    WriteFileText(path, "old contents");
+    CL::CWorkProgress::SetShowDelay(std::chrono::milliseconds(0));
+    int steps = 0;
+    bool shownDuringWork = false;
+    CL::CWorkProgress::SetStepObserver([&] {
+        shownDuringWork = shownDuringWork || visible();
+        if (++steps == 2) {   // the second item's read; the button shows from the first step on
+            ::PostMessageW(cancel, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
+            ::PostMessageW(cancel, WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+        }
+    });
+    {
+        test::MessageBoxAnswerer answerer(SaveAsAnswer(path));
+        Command(ID_DBEXPLORER_EXPORT);
+        EXPECT_EQ(OtherBoxes(answerer).size(), 1u);   // the period dialog, no error report
+    }
+    CL::CWorkProgress::SetStepObserver(nullptr);
+    CL::CWorkProgress::SetShowDelay(std::chrono::milliseconds(500));
+    EXPECT_TRUE(shownDuringWork);
+    EXPECT_GE(steps, 2);
+    EXPECT_FALSE(visible());
+    EXPECT_EQ(test::ReadFileBytes(path), "old contents");
+    EXPECT_FALSE(FileExists(path + L".saving"));
+    EXPECT_EQ(Status(), L"Export cancelled: nothing was written");
+}
+
 TEST_P(DBExplorerExport, AReadFailingHalfwayEndsInTheErrorReportWithNothingWritten)
 {
     // An item ID with a quote makes its read statement fail (IDs go into the

@@ -153,6 +153,16 @@ std::unique_ptr<OpenedWindow> Explorer()
     return opened;
 }
 
+// The explorer as it looks while long work runs: its Cancel button shown in
+// the status bar.
+std::unique_ptr<OpenedWindow> ExplorerWorking()
+{
+    std::unique_ptr<OpenedWindow> opened = Explorer();
+    const HWND status = ::FindWindowExW(opened->Hwnd(), nullptr, STATUSCLASSNAMEW, nullptr);
+    ::ShowWindow(::GetDlgItem(status, ID_DBEXPLORER_CANCEL), SW_SHOWNA);
+    return opened;
+}
+
 // The historical data window with its values read and the chart shown.
 std::unique_ptr<OpenedWindow> HistoricalData()
 {
@@ -189,6 +199,7 @@ const std::vector<WindowEntry>& EveryWindow()
         {"FindDialog", FindDialog},
         {"DuplicateDialog", DuplicateDialog},
         {"DatabaseExplorer", Explorer},
+        {"DatabaseExplorerWorking", ExplorerWorking},
         {"HistoricalData", HistoricalData},
         {"TimePeriod", [] { return Dialog<CdlgTimePeriod>(IDD_TIMEPERIOD); }},
         {"ExportPeriod", ExportPeriod},
