@@ -18,7 +18,7 @@ fi
 echo "Local-time tests in the zone $MORVANE_TZ"
 status=0
 "$RUN" "$BUILD_DIR/bin/unit_tests.exe" --gtest_brief=1 \
-    --gtest_filter='LocalTime.*:ParseTimeText.*:HistDataRows.*:DBExplorerRows.*:TrendSeries.*:ItemFilter.*:HistoryExporter.*' || status=1
+    --gtest_filter='LocalTime.*:ParseTimeText.*:HistDataRows.*:DBExplorerRows.*:TrendSeries.*:ItemFilter.*:HistoryExporter.*:TimeFieldsCache.*' || status=1
 "$RUN" "$BUILD_DIR/bin/ui_tests.exe" --gtest_brief=1 \
     --gtest_filter='TimePeriodDialog.*:Db/HistDataDialog.*:Db/DBExplorer.*:DBExplorerFromTray.*:ShowHistoricalData.*:Db/TrendChartTest.*:Db/HistDataPaging.*:Db/HistDataCsv.*:Db/HistDataCopy.*:Db/HistDataProgress.*:Db/DBExplorerFilter.*:Db/DBExplorerExport.*' \
     || status=1
