@@ -827,16 +827,6 @@ TEST_F(EditorEdit, HistoricalDataOpensTheHistoricalDataWindowForTheFocusedItem)
 
 namespace {
 
-void ClickHeader(HWND list, int column)
-{
-    const HWND header = ListView_GetHeader(list);
-    RECT rect = {};
-    Header_GetItemRect(header, column, &rect);
-    const LPARAM at = MAKELPARAM((rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2);
-    ::SendMessageW(header, WM_LBUTTONDOWN, MK_LBUTTON, at);
-    ::SendMessageW(header, WM_LBUTTONUP, 0, at);
-}
-
 bool ShowsArrow(HWND list, int column)
 {
     HDITEMW item = {};
@@ -861,26 +851,26 @@ TEST_F(EditorList, EachColumnSortsAscendingThenDescendingWithTheArrowOnItsHeader
         {L"Count", L"Speed", L"Label"},   // 500, 1000, 2000
     };
     for (int column = 0; column < 5; ++column) {
-        ClickHeader(List(), column);
+        test::ClickHeader(List(), column);
         EXPECT_EQ(Column(0), ascending[column]) << "column " << column << " ascending";
-        ClickHeader(List(), column);
+        test::ClickHeader(List(), column);
         Names descending = ascending[column];
         std::reverse(descending.begin(), descending.end());
         EXPECT_EQ(Column(0), descending) << "column " << column << " descending";
         for (int other = 0; other < 6; ++other)
             EXPECT_EQ(ShowsArrow(List(), other), other == column) << "arrow of column " << other;
     }
-    ClickHeader(List(), 5);   // Archive: the archived item last, then first
+    test::ClickHeader(List(), 5);   // Archive: the archived item last, then first
     EXPECT_EQ(Column(0).back(), L"Speed");
-    ClickHeader(List(), 5);
+    test::ClickHeader(List(), 5);
     EXPECT_EQ(Column(0).front(), L"Speed");
 }
 
 TEST_F(EditorList, AnotherBranchIsShownInTheActiveSort)
 {
     SelectBranch(L"Plant/Line1");
-    ClickHeader(List(), 4);
-    ClickHeader(List(), 4);   // scan rate descending
+    test::ClickHeader(List(), 4);
+    test::ClickHeader(List(), 4);   // scan rate descending
     SelectBranch(L"Plant/Line2");
     SelectBranch(L"Plant/Line1");
     EXPECT_EQ(Column(0), (Names{L"Label", L"Speed", L"Count"}));
@@ -1070,7 +1060,7 @@ TEST_F(EditorWindow, HasASensibleMinimumSize)
 TEST_F(EditorWindow, ASystemColourChangeRebuildsTheSortArrows)
 {
     SelectBranch(L"Plant/Line1");
-    ClickHeader(List(), 0);
+    test::ClickHeader(List(), 0);
     ::SendMessageW(Frame(), WM_SYSCOLORCHANGE, 0, 0);
     EXPECT_TRUE(ShowsArrow(List(), 0));
     EXPECT_EQ(Column(0), (Names{L"Count", L"Label", L"Speed"}));

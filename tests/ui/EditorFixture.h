@@ -25,6 +25,18 @@
 
 namespace test {
 
+// A click on the middle of a list column's header.
+inline void ClickHeader(HWND list, int column)
+{
+    const HWND header = ListView_GetHeader(list);
+    RECT rect = {};
+    Header_GetItemRect(header, column, &rect);
+    const LPARAM at = MAKELPARAM((rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2);
+    ::SendMessageW(header, WM_LBUTTONDOWN, MK_LBUTTON, at);
+    ::SendMessageW(header, WM_LBUTTONUP, 0, at);
+}
+
+
 // Plant/Line1 holds Count (VT_I4 7, R, 500 ms), Label (VT_BSTR "abc", W,
 // 2000 ms) and Speed (VT_R8 12.5, RW, 1000 ms, archived); Plant/Line2 is
 // empty; the root holds Heartbeat.
