@@ -11,7 +11,8 @@
 # exits at once with an error and without a single byte of output (with
 # WINEDEBUG=-all its own message is silenced too). Every test program prints
 # its first line as soon as it runs, so an empty failed run means the program
-# never ran; that case alone is tried once more, and said so.
+# never ran; that case alone is tried once more, and said so (and noted in
+# the list of MORVANE_FLAKY_LIST when that is set).
 if [ -z "$WINEPREFIX" ] || [ -z "$DISPLAY" ]; then
     echo "wine-run.sh: no Wine environment; run the tests with 'make test'" >&2
     exit 2
@@ -24,6 +25,10 @@ for attempt in 1 2; do
         break
     fi
     echo "wine-run.sh: Wine did not start the program (exit code $rc, no output); starting it again" >&2
+    # 'make test' lists every run that needed a second start at its end.
+    if [ -n "${MORVANE_FLAKY_LIST:-}" ]; then
+        echo "$* (Wine did not start it at first)" >>"$MORVANE_FLAKY_LIST"
+    fi
     sleep 1
 done
 cat "$out"
