@@ -70,9 +70,11 @@ protected:
 
 TEST_P(AccessibleNames, TheProgramsOwnControlsAreNamed)
 {
+    int own = 0;
     for (const ControlInfo& c : test::VisibleControls(Window())) {
         if (!IsOwnControl(c))
             continue;
+        ++own;
         const AccessibleText read = Read(c.hwnd);
         ASSERT_TRUE(read.hasObject) << CL::Narrow(c.className) << " 0x" << std::hex << read.result;
         EXPECT_FALSE(read.name.empty()) << CL::Narrow(c.className) << " has no accessible name";
@@ -80,6 +82,7 @@ TEST_P(AccessibleNames, TheProgramsOwnControlsAreNamed)
             EXPECT_EQ(read.name.rfind(L"Chart", 0), 0u) << CL::Narrow(read.name);
         }
     }
+    EXPECT_EQ(own, GetParam().ownControls) << "the program's own controls in the window";
 }
 
 TEST_P(AccessibleNames, EveryControlThatTakesInputHasAnObjectAndButtonsTheirText)

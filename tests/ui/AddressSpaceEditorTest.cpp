@@ -134,7 +134,7 @@ TEST_F(EditorWindow, MenuHoldsEveryEntryWithItsAccelerator)
                                                      L"Save &a copy...", L"-", L"&Export CSV...",
                                                      L"&Import CSV...", L"-", L"&Reload\tCtrl+R"}));
     EXPECT_EQ(test::MenuTexts(menu[1].submenu), (Names{L"&Undo\tCtrl+Z", L"&Redo\tCtrl+Y", L"-", L"Cu&t\tCtrl+X",
-                                                     L"&Copy\tCtrl+C", L"&Paste\tCtrl+V", L"D&uplicate...",
+                                                     L"&Copy\tCtrl+C", L"&Paste\tCtrl+V", L"Dup&licate...",
                                                      L"Rena&me\tF2", L"-",
                                                      L"&Find...\tCtrl+F", L"Find Ne&xt\tF3",
                                                      L"Find Pre&vious\tShift+F3", L"-", L"&New Branch...",

@@ -3,7 +3,9 @@
 // where it started, each label's mnemonic (Alt+letter) moves the focus to
 // its control, the mnemonics of a window are unique, every menu that the
 // right mouse button shows also opens by Shift+F10 and the context-menu key,
-// and Esc (dialogs) or Alt+F4 (frame windows) closes the window. Keys go to
+// each entry of a menu bar opens its menu by Alt and its letter, the
+// mnemonics of every menu are unique, and Esc (dialogs) or Alt+F4 (frame
+// windows) closes the window. Keys go to
 // the focused control the way the message loop hands them over: the window's
 // own translation (a frame's accelerators) first, then IsDialogMessage for a
 // dialog, else dispatched.
@@ -94,11 +96,26 @@ protected:
         Pump();
     }
 
-    // Alt and a letter: the mnemonic.
+    // Alt and a letter: the mnemonic, as the keyboard sends it. The key
+    // goes down with Alt held (WM_SYSKEYDOWN, which a frame's own
+    // translation may take), its translation posts WM_SYSCHAR (which the
+    // dialog manager or the menu bar takes), and the key comes up.
     void PressMnemonic(wchar_t letter)
     {
         const HWND target = ::GetFocus() ? ::GetFocus() : Window();
-        Deliver(MSG{target, WM_SYSCHAR, static_cast<WPARAM>(letter), 1 | (1 << 29), 0, {}});
+        const UINT key = static_cast<UINT>(::VkKeyScanW(letter) & 0xFF);
+        const LPARAM down = 1 | (1 << 29);
+        BYTE keys[256] = {}, held[256] = {};
+        ::GetKeyboardState(keys);
+        std::copy(std::begin(keys), std::end(keys), std::begin(held));
+        held[key] = 0x80;
+        held[VK_MENU] = 0x80;
+        ::SetKeyboardState(held);
+        Deliver(MSG{target, WM_SYSKEYDOWN, key, down, 0, {}});
+        Pump();
+        ::SetKeyboardState(keys);
+        const HWND now = ::GetFocus() ? ::GetFocus() : Window();
+        Deliver(MSG{now, WM_SYSKEYUP, key, static_cast<LPARAM>(down | (1u << 30) | (1u << 31)), 0, {}});
         Pump();
     }
 
@@ -126,23 +143,28 @@ protected:
     }
 
     // The window's control that has the focus (the focus may be inside a
-    // control, e.g. a combo box's edit).
+    // control, e.g. a combo box's edit): the focused window or the first of
+    // its parents that is one of the window's controls.
     HWND FocusedControl() const
     {
-        HWND focus = ::GetFocus();
-        while (focus && ::GetParent(focus) && ::GetParent(focus) != Window() && !IsContainerChild(focus))
-            focus = ::GetParent(focus);
-        return focus;
-    }
-    static bool IsContainerChild(HWND hwnd)
-    {
-        wchar_t name[64] = {};
-        ::GetClassNameW(::GetParent(hwnd), name, 64);
-        return std::wstring(name) == L"MorvaneSplitter";
+        const std::vector<ControlInfo> controls = test::VisibleControls(Window());
+        for (HWND focus = ::GetFocus(); focus && focus != Window(); focus = ::GetParent(focus)) {
+            for (const ControlInfo& c : controls)
+                if (c.hwnd == focus)
+                    return focus;
+        }
+        return ::GetFocus();
     }
 
     std::unique_ptr<test::OpenedWindow> m_opened;
 };
+
+bool IsStatusBar(HWND window)
+{
+    wchar_t name[64] = {};
+    ::GetClassNameW(window, name, 64);
+    return ::lstrcmpiW(name, STATUSCLASSNAMEW) == 0;
+}
 
 // Controls that take input: what Tab must reach (one radio button of a
 // group is enough; group boxes and labels take none).
@@ -153,14 +175,60 @@ bool TakesInput(const ControlInfo& c)
     // A read-only field outside the tab order shows a value; it takes none.
     if (test::IsClass(c, L"Edit") && (c.style & ES_READONLY) && !(c.style & WS_TABSTOP))
         return false;
+    // The Cancel button that long work shows in a status bar is worked by
+    // the mouse: while the work runs, the keyboard's only key is Esc, which
+    // cancels the same way (the progress text says so).
+    if (test::IsClass(c, L"Button") && IsStatusBar(::GetParent(c.hwnd)))
+        return false;
+    // Containers take none themselves: their controls do (a child dialog,
+    // such as the explorer's filter bar, is passed through by Tab).
     if (test::IsClass(c, L"Static") || test::IsGroupBox(c) || test::IsClass(c, STATUSCLASSNAMEW) ||
         test::IsClass(c, TOOLBARCLASSNAMEW) || test::IsClass(c, L"MorvaneSplitter") ||
-        test::IsClass(c, L"MorvaneSplitBar"))
+        test::IsClass(c, L"MorvaneSplitBar") || IsDialog(c.hwnd))
         return false;
     // An up-down with a buddy is worked by the buddy's arrow keys.
     if (test::UpDownBuddy(c))
         return false;
     return true;
+}
+
+// The mnemonics of one menu level that more than one entry uses, each with
+// the entries' texts ("'u': &Undo, D&uplicate...").
+std::vector<std::string> SharedMnemonics(const std::vector<test::MenuEntry>& entries)
+{
+    std::map<wchar_t, std::vector<std::wstring>> byKey;
+    for (const test::MenuEntry& entry : entries) {
+        if (const wchar_t key = test::MnemonicOf(entry.text))
+            byKey[key].push_back(entry.text);
+    }
+    std::vector<std::string> shared;
+    for (const auto& [key, texts] : byKey) {
+        if (texts.size() < 2)
+            continue;
+        std::string line = std::string("'") + static_cast<char>(key) + "':";
+        for (const std::wstring& text : texts)
+            line += " \"" + CL::Narrow(text) + "\"";
+        shared.push_back(line);
+    }
+    return shared;
+}
+
+// Every level of a menu and its submenus: where mnemonics are shared.
+void ExpectUniqueMnemonics(const std::vector<test::MenuEntry>& entries, const std::string& where)
+{
+    for (const std::string& shared : SharedMnemonics(entries))
+        ADD_FAILURE() << where << " shares the mnemonic " << shared;
+    for (const test::MenuEntry& entry : entries) {
+        if (!entry.submenu.empty())
+            ExpectUniqueMnemonics(entry.submenu, where + " > " + CL::Narrow(entry.text));
+    }
+}
+
+BOOL CALLBACK CollectMenuResource(HMODULE, LPCWSTR, LPWSTR name, LONG_PTR ids)
+{
+    if (IS_INTRESOURCE(name))
+        reinterpret_cast<std::vector<WORD>*>(ids)->push_back(static_cast<WORD>(reinterpret_cast<ULONG_PTR>(name)));
+    return TRUE;
 }
 
 bool IsRadio(const ControlInfo& c)
@@ -224,8 +292,10 @@ TEST_P(KeyboardWalk, MnemonicsAreUniqueAndEachLabelsLeadsToItsControl)
             continue;   // the options' four "New" buttons share theirs, in screen order
         EXPECT_TRUE(taken.emplace(key, c.text).second)
             << "'" << static_cast<char>(key) << "' of " << CL::Narrow(c.text) << " also in " << CL::Narrow(taken[key]);
-        // A label's mnemonic moves the focus to the control after it.
-        if (test::IsClass(c, L"Static") && IsDialog(Window()) && i + 1 < controls.size() &&
+        // A label's mnemonic moves the focus to the control after it (in a
+        // dialog through the dialog manager, in a frame through its own
+        // translation of the key).
+        if (test::IsClass(c, L"Static") && i + 1 < controls.size() &&
             ::IsWindowEnabled(controls[i + 1].hwnd)) {
             PressMnemonic(key);
             EXPECT_EQ(FocusedControl(), controls[i + 1].hwnd) << "Alt+" << static_cast<char>(key) << " of "
@@ -240,6 +310,7 @@ TEST_P(KeyboardWalk, MnemonicsAreUniqueAndEachLabelsLeadsToItsControl)
 // WM_CONTEXTMENU with the pointer's screen position.)
 TEST_P(KeyboardWalk, EveryContextMenuOpensFromTheKeyboardToo)
 {
+    int menus = 0;
     for (const ControlInfo& c : test::VisibleControls(Window())) {
         if (!::IsWindowEnabled(c.hwnd))
             continue;
@@ -255,7 +326,11 @@ TEST_P(KeyboardWalk, EveryContextMenuOpensFromTheKeyboardToo)
                 continue;
             byMouse = capture.Entries();
         }
+        // The program's menus; an edit box shows the system's own.
+        if (!test::IsClass(c, L"Edit"))
+            ++menus;
         const std::string what = CL::Narrow(c.className) + " #" + std::to_string(c.id);
+        ExpectUniqueMnemonics(byMouse, "the menu of " + what);
         struct Key {
             const char* name;
             UINT key, held, down, up;
@@ -270,6 +345,36 @@ TEST_P(KeyboardWalk, EveryContextMenuOpensFromTheKeyboardToo)
             EXPECT_EQ(test::MenuTexts(capture.Entries()), test::MenuTexts(byMouse)) << k.name << " on " << what;
         }
     }
+    EXPECT_EQ(menus, GetParam().contextMenus) << "controls besides edit boxes that show a menu to the right mouse button";
+}
+
+// The menu bar as the keyboard works it: Alt and the letter of an entry
+// opens that entry's menu (the window's own WM_SYSCHAR, as the message loop
+// hands it over), and no two entries of the bar or of one of its menus, as
+// they show once opened, share a letter.
+TEST_P(KeyboardWalk, EveryMenuOfTheMenuBarOpensByItsMnemonic)
+{
+    const HMENU bar = ::GetMenu(Window());
+    if (!bar)
+        GTEST_SKIP() << "no menu bar";
+    const std::vector<test::MenuEntry> entries = test::ReadMenu(bar);
+    ASSERT_FALSE(entries.empty());
+    ExpectUniqueMnemonics(entries, "the menu bar");
+    for (size_t i = 0; i < entries.size(); ++i) {
+        const test::MenuEntry& entry = entries[i];
+        const wchar_t key = test::MnemonicOf(entry.text);
+        EXPECT_NE(key, 0) << "\"" << CL::Narrow(entry.text) << "\" of the menu bar has no mnemonic";
+        if (key == 0)
+            continue;
+        ::SetFocus(Window());
+        Pump();
+        test::TrackedMenuCapture capture(3000);
+        PressMnemonic(key);
+        ASSERT_TRUE(capture.Captured()) << "Alt+" << static_cast<char>(key) << " opens no menu";
+        EXPECT_EQ(test::MenuTexts(capture.Entries()), test::MenuTexts(test::ReadMenu(::GetSubMenu(bar, static_cast<int>(i)))))
+            << "Alt+" << static_cast<char>(key) << " opens another menu than " << CL::Narrow(entry.text);
+        ExpectUniqueMnemonics(capture.Entries(), "the menu " + CL::Narrow(entry.text));
+    }
 }
 
 TEST_P(KeyboardWalk, ClosesByKeyboard)
@@ -281,6 +386,21 @@ TEST_P(KeyboardWalk, ClosesByKeyboard)
         Press(VK_F4, true);
     Pump();
     EXPECT_FALSE(::IsWindow(window) && ::IsWindowVisible(window)) << "still open";
+}
+
+// Every menu the program's resources hold (menu bars, right-click menus,
+// the tray menu), at every level: no two entries share a mnemonic.
+TEST(KeyboardMenus, EveryMenuOfTheProgramHasUniqueMnemonics)
+{
+    std::vector<WORD> ids;
+    ::EnumResourceNamesW(::GetModuleHandleW(nullptr), RT_MENU, &CollectMenuResource, reinterpret_cast<LONG_PTR>(&ids));
+    EXPECT_GE(ids.size(), 6u) << "the program's menus were not found";
+    for (const WORD id : ids) {
+        const HMENU menu = ::LoadMenuW(::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(id));
+        ASSERT_NE(menu, nullptr) << "menu " << id;
+        ExpectUniqueMnemonics(test::ReadMenu(menu), "menu " + std::to_string(id));
+        ::DestroyMenu(menu);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryWindow, KeyboardWalk, testing::ValuesIn(test::EveryWindow()), test::EntryName);

@@ -186,23 +186,25 @@ std::unique_ptr<OpenedWindow> HistoricalData()
 
 } // namespace
 
+// Each entry: name, how it opens, the controls that show a menu to the
+// right mouse button, the program's own controls.
 const std::vector<WindowEntry>& EveryWindow()
 {
     static const std::vector<WindowEntry> windows = {
-        {"About", [] { return Dialog<CAboutDlg>(IDD_ABOUTBOX); }},
-        {"Options", Options},
-        {"DatabaseOptions", [] { return Dialog<CdlgDbOptions>(IDD_DBOPTIONS, CDbRetention{}); }},
-        {"Editor", Editor},
-        {"ItemDialog", [] { return Dialog<CdlgAddItem>(IDD_ADDITEM); }},
-        {"BranchDialog", [] { return Dialog<CdlgAddBranch>(IDD_ADDBRANCH); }},
-        {"CsvImportReport", CsvImportReport},
-        {"FindDialog", FindDialog},
-        {"DuplicateDialog", DuplicateDialog},
-        {"DatabaseExplorer", Explorer},
-        {"DatabaseExplorerWorking", ExplorerWorking},
-        {"HistoricalData", HistoricalData},
-        {"TimePeriod", [] { return Dialog<CdlgTimePeriod>(IDD_TIMEPERIOD); }},
-        {"ExportPeriod", ExportPeriod},
+        {"About", [] { return Dialog<CAboutDlg>(IDD_ABOUTBOX); }, 0, 0},
+        {"Options", Options, 0, 0},
+        {"DatabaseOptions", [] { return Dialog<CdlgDbOptions>(IDD_DBOPTIONS, CDbRetention{}); }, 0, 0},
+        {"Editor", Editor, 2, 1},
+        {"ItemDialog", [] { return Dialog<CdlgAddItem>(IDD_ADDITEM); }, 0, 0},
+        {"BranchDialog", [] { return Dialog<CdlgAddBranch>(IDD_ADDBRANCH); }, 0, 0},
+        {"CsvImportReport", CsvImportReport, 0, 0},
+        {"FindDialog", FindDialog, 0, 0},
+        {"DuplicateDialog", DuplicateDialog, 0, 0},
+        {"DatabaseExplorer", Explorer, 1, 0},
+        {"DatabaseExplorerWorking", ExplorerWorking, 1, 0},
+        {"HistoricalData", HistoricalData, 2, 2},
+        {"TimePeriod", [] { return Dialog<CdlgTimePeriod>(IDD_TIMEPERIOD); }, 0, 0},
+        {"ExportPeriod", ExportPeriod, 0, 0},
     };
     return windows;
 }

@@ -45,6 +45,11 @@ private:
 struct WindowEntry {
     std::string name;   // a test name: letters and digits
     std::function<std::unique_ptr<OpenedWindow>()> open;
+    // What the window shows, so that a test over every window fails when a
+    // window loses it: the controls that show a menu to the right mouse
+    // button, and the program's own controls (class names "Morvane...").
+    int contextMenus = 0;
+    int ownControls = 0;
 };
 
 // The table.

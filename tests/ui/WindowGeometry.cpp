@@ -18,10 +18,21 @@ std::wstring ClassOf(HWND hwnd)
     return name;
 }
 
-// The program's own windows that hold other controls.
-bool IsContainer(HWND hwnd)
+// Controls whose child windows are their own inner parts (a list's header,
+// a combo box's edit and list, a picker's up-down, the edit of a tree's
+// rename in place): the user sees one control. Every other window's
+// children are controls of their own: the program's containers (the
+// editor's splitter, a child dialog such as the explorer's filter bar) and
+// what the program puts into a common control (the Cancel button in a
+// status bar).
+bool HasOnlyInnerParts(const std::wstring& className)
 {
-    return ClassOf(hwnd) == L"MorvaneSplitter";
+    for (const wchar_t* leaf : {WC_LISTVIEWW, WC_TREEVIEWW, WC_HEADERW, WC_COMBOBOXW, WC_COMBOBOXEXW, DATETIMEPICK_CLASSW,
+                                MONTHCAL_CLASSW, WC_EDITW, WC_LISTBOXW, UPDOWN_CLASSW, WC_IPADDRESSW, TRACKBAR_CLASSW,
+                                L"RichEdit20W", L"RICHEDIT50W"})
+        if (::lstrcmpiW(className.c_str(), leaf) == 0)
+            return true;
+    return false;
 }
 
 void Collect(HWND parent, std::vector<ControlInfo>& controls)
@@ -39,7 +50,7 @@ void Collect(HWND parent, std::vector<ControlInfo>& controls)
         ::GetWindowRect(child, &c.rect);
         ::MapWindowPoints(nullptr, parent, reinterpret_cast<POINT*>(&c.rect), 2);
         controls.push_back(c);
-        if (IsContainer(child))
+        if (!HasOnlyInnerParts(c.className))
             Collect(child, controls);
     }
 }

@@ -19,9 +19,11 @@ struct ControlInfo {
     RECT rect = {};   // in the parent's client coordinates
 };
 
-// The visible controls of a window: its children and, inside the program's
-// own container windows (the editor's splitter), their children; not the
-// inner parts of common controls (a list's header, a combo box's edit).
+// The visible controls of a window: every descendant, parents before their
+// children (the controls in the editor's splitter, in a child dialog such
+// as the explorer's filter bar, a button the program puts into a status
+// bar); not the inner parts of common controls (a list's header, a combo
+// box's edit), which the user sees as one control.
 std::vector<ControlInfo> VisibleControls(HWND window);
 
 bool IsClass(const ControlInfo& c, const wchar_t* className);
