@@ -326,6 +326,56 @@ TEST_P(DBExplorerExport, EscInTheMiddleLeavesNoFileAndTheTargetAsItWas)
     }
 }
 
+// Esc while the last item's values are being written, after every read:
+// the export's last step is one of writing (each item is read, then
+// written), and Esc there leaves no file and the target as it was.
+TEST_P(DBExplorerExport, EscWhileWritingTheLastItemLeavesNoFileAndTheTargetAsItWas)
+{
+    for (const wchar_t* item : {L"a", L"b"}) {
+        for (int run = 0; run < 5; ++run) {
+            std::vector<CL::CHistoricValue> values;
+            for (int i = run * 1000; i < (run + 1) * 1000; ++i)
+                values.push_back({Date(2023, 3, 15, 10, 0, 0) + i / 86400.0, 192, CL::CVariant::R8(i)});
+            m_writer->AppendRun(item, values);
+        }
+    }
+    Open();
+    Command(ID_DBEXPLORER_SELECT_ALL);
+    test::TempDir folder;
+    CL::CWorkProgress::SetShowDelay(std::chrono::milliseconds(0));
+    for (const wchar_t* name : {L"old.csv", L"old.xml"}) {
+        const std::wstring whole = folder.File(std::wstring(L"whole") + (name + 3));
+        int steps = 0;
+        CL::CWorkProgress::SetStepObserver([&] { ++steps; });
+        {
+            test::MessageBoxAnswerer answerer(SaveAsAnswer(whole));
+            Command(ID_DBEXPLORER_EXPORT);
+            ASSERT_EQ(OtherBoxes(answerer).size(), 1u);   // the period dialog
+        }
+        const int exportSteps = steps;
+        ASSERT_TRUE(::DeleteFileW(whole.c_str()));
+        const std::wstring path = folder.File(name);
+        WriteFileText(path, "old contents");
+        steps = 0;
+        CL::CWorkProgress::SetStepObserver([&] {
+            if (++steps == exportSteps)
+                ::PostMessageW(List(), WM_KEYDOWN, VK_ESCAPE, 0);
+        });
+        {
+            test::MessageBoxAnswerer answerer(SaveAsAnswer(path));
+            Command(ID_DBEXPLORER_EXPORT);
+            EXPECT_EQ(OtherBoxes(answerer).size(), 1u);   // the period dialog, no error report
+        }
+        CL::CWorkProgress::SetStepObserver(nullptr);
+        EXPECT_EQ(steps, exportSteps);
+        EXPECT_EQ(test::ReadFileBytes(path), "old contents");
+        EXPECT_EQ(FilesIn(folder.Path()), std::vector<std::wstring>{name}) << CL::Narrow(name);
+        EXPECT_EQ(Status(), L"Export cancelled: nothing was written");
+        ::DeleteFileW(path.c_str());
+    }
+    CL::CWorkProgress::SetShowDelay(std::chrono::milliseconds(500));
+}
+
 TEST_P(DBExplorerExport, LongExportShowsCancelInTheStatusBarAndItsClickStopsWithNothingWritten)
 {
     WriteRun(L"a", {Date(2023, 3, 15, 10, 0, 0)});

@@ -194,3 +194,62 @@ TEST_F(EditorClipboard, UndoOfAPasteRestoresTheModelExactly)
     EXPECT_EQ(test::ReadFileBytes(after), test::ReadFileBytes(before));
     EXPECT_EQ(Children(L""), Names{L"Plant"});
 }
+
+// Undo and redo of the clipboard's changes, compared as the saved XML.
+TEST_F(EditorClipboard, UndoAndRedoOfCuttingRowsRestoreTheModelExactly)
+{
+    ExpectUndoAndRedoRestore([&] {
+        SelectBranch(L"Plant/Line1");
+        FocusList();
+        SelectRows({L"Count", L"Label"});
+        Command(ID_AS_EDIT_CUT);
+        ASSERT_EQ(Column(0), Names{L"Speed"});
+    });
+    SelectBranch(L"Plant/Line1");
+    EXPECT_EQ(Column(0), (Names{L"Count", L"Label", L"Speed"}));
+}
+
+TEST_F(EditorClipboard, UndoAndRedoOfCuttingABranchRestoreTheModelExactly)
+{
+    ExpectUndoAndRedoRestore([&] {
+        SelectBranch(L"Plant/Line1");
+        FocusTree();
+        Command(ID_AS_EDIT_CUT);
+        ASSERT_EQ(Children(L"Plant"), Names{L"Line2"});
+    });
+    EXPECT_EQ(Children(L"Plant"), (Names{L"Line1", L"Line2"}));
+}
+
+// A paste, and then a paste made after a redo: its numbers go on from the
+// names the redo brought back, and its undo and redo give back exactly the
+// states before and after it.
+TEST_F(EditorClipboard, UndoAndRedoOfAPasteRestoreTheModelExactlyAlsoAfterARedo)
+{
+    CopyRows(L"Plant/Line1", {L"Count", L"Speed"});
+    ExpectUndoAndRedoRestore([&] {
+        Command(ID_AS_EDIT_PASTE);
+        ASSERT_EQ(Column(0), (Names{L"Count", L"Count_2", L"Label", L"Speed", L"Speed_2"}));
+    });
+    Command(ID_AS_EDIT_REDO);
+    ExpectUndoAndRedoRestore(
+        [&] {
+            Command(ID_AS_EDIT_PASTE);
+            ASSERT_EQ(Column(0),
+                      (Names{L"Count", L"Count_2", L"Count_3", L"Label", L"Speed", L"Speed_2", L"Speed_3"}));
+        },
+        false);
+    EXPECT_EQ(Column(0), (Names{L"Count", L"Count_2", L"Label", L"Speed", L"Speed_2"}));
+}
+
+TEST_F(EditorClipboard, UndoAndRedoOfPastingABranchRestoreTheModelExactly)
+{
+    SelectBranch(L"Plant");
+    FocusTree();
+    Command(ID_AS_EDIT_COPY);
+    ExpectUndoAndRedoRestore([&] {
+        SelectBranch(L"");
+        Command(ID_AS_EDIT_PASTE);
+        ASSERT_EQ(Children(L""), (Names{L"Plant", L"Plant_2"}));
+    });
+    EXPECT_EQ(Children(L""), Names{L"Plant"});
+}

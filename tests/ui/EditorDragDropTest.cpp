@@ -185,3 +185,34 @@ TEST_F(EditorDragDrop, EscCancelsTheDrag)
     EXPECT_TRUE(Item(L"Plant/Line1", L"Count"));
     EXPECT_FALSE(Dirty());
 }
+
+// Undo and redo of what a drop changes, compared as the saved XML.
+TEST_F(EditorDragDrop, UndoAndRedoOfMovingRowsRestoreTheModelExactly)
+{
+    ExpectUndoAndRedoRestore([&] {
+        DragRows({L"Count", L"Label"}, L"Plant/Line2");
+        ASSERT_TRUE(Item(L"Plant/Line2", L"Count"));
+    });
+    EXPECT_FALSE(Item(L"Plant/Line2", L"Count"));
+    EXPECT_TRUE(Item(L"Plant/Line1", L"Label"));
+}
+
+TEST_F(EditorDragDrop, UndoAndRedoOfMovingABranchRestoreTheModelExactly)
+{
+    ExpectUndoAndRedoRestore([&] {
+        StartNodeDrag(L"Plant/Line1");
+        ASSERT_TRUE(F().Dragging()) << "the tree did not start a drag";
+        DropOn(L"Plant/Line2");
+        ASSERT_EQ(Children(L"Plant/Line2"), Names{L"Line1"});
+    });
+    EXPECT_EQ(Children(L"Plant"), (Names{L"Line1", L"Line2"}));
+}
+
+TEST_F(EditorDragDrop, UndoAndRedoOfCopyingRowsRestoreTheModelExactly)
+{
+    ExpectUndoAndRedoRestore([&] {
+        DragRows({L"Speed"}, L"Plant/Line2", true);
+        ASSERT_TRUE(Item(L"Plant/Line2", L"Speed"));
+    });
+    EXPECT_FALSE(Item(L"Plant/Line2", L"Speed"));
+}

@@ -143,3 +143,18 @@ TEST_F(EditorSaveDialogs, YesToTheOverwriteQuestionWritesTheXmlFile)
     ASSERT_TRUE(script.Finished()) << Report(script);
     EXPECT_NE(test::ReadFileBytes(typed + L".xml").find("Name=\"Speed\""), std::string::npos);
 }
+
+// Undo and redo of Duplicate, compared as the saved XML.
+TEST_F(EditorDuplicate, UndoAndRedoRestoreTheModelExactly)
+{
+    ExpectUndoAndRedoRestore([&] {
+        SelectBranch(L"Plant/Line1");
+        FocusList();
+        SelectRows({L"Speed"});
+        DialogScript script({Copies(L"3")});
+        Command(ID_AS_EDIT_DUPLICATE);
+        ASSERT_TRUE(script.Finished()) << Report(script);
+        ASSERT_EQ(Column(0), (Names{L"Count", L"Label", L"Speed", L"Speed_1", L"Speed_2", L"Speed_3"}));
+    });
+    EXPECT_EQ(Column(0), (Names{L"Count", L"Label", L"Speed"}));
+}

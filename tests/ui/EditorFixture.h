@@ -9,6 +9,7 @@
 
 #include <commctrl.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -198,10 +199,43 @@ protected:
         return branch ? branch->FindItem(name) : CMainFrame::ItemPtr();
     }
 
+    // The whole address space as its XML file.
+    std::string Xml()
+    {
+        const std::wstring path = dir.File(L"state" + std::to_wstring(++m_xmlSaved) + L".xml");
+        F().Document().Model()->Save(path);
+        return ReadFileBytes(path);
+    }
+    // Runs the change and checks that undo gives back the state before it
+    // and redo the state after it, compared as the saved XML: undo, redo,
+    // and undo again. Undo leads back to the state loaded from the server
+    // unless the change was made on top of earlier ones (loaded: false).
+    void ExpectUndoAndRedoRestore(const std::function<void()>& change, bool loaded = true)
+    {
+        const std::string before = Xml();
+        change();
+        if (HasFatalFailure())
+            return;
+        const std::string after = Xml();
+        ASSERT_NE(after, before) << "the change changed nothing";
+        ASSERT_TRUE(Dirty());
+        Command(ID_AS_EDIT_UNDO);
+        EXPECT_EQ(Xml(), before) << "undo";
+        EXPECT_EQ(Dirty(), !loaded) << "back at the state loaded from the server: " << loaded;
+        Command(ID_AS_EDIT_REDO);
+        EXPECT_EQ(Xml(), after) << "redo";
+        EXPECT_TRUE(Dirty());
+        Command(ID_AS_EDIT_UNDO);
+        EXPECT_EQ(Xml(), before) << "undo after the redo";
+    }
+
     TempDir dir;
     std::wstring exchangeFile = dir.File(L"DefaultAddressSpace.xml");
     CL::CHistorian historian;
     std::unique_ptr<CL::CAddressSpaceEditor> editor;
+
+private:
+    int m_xmlSaved = 0;
 };
 
 } // namespace test

@@ -123,20 +123,35 @@ TEST_F(EditorRename, AnItemNameThatExistsShowsTheDuplicateItemMessageAndKeepsThe
     EXPECT_FALSE(Dirty());
 }
 
-// Wine's list hands an emptied name over as a cancelled edit; Windows hands
-// over "", which the model refuses through the error report. Either way
-// nothing changes.
+// An emptied name, as Windows' list hands it over when the edit ends: the
+// text "" (Wine's list hands it over as a cancelled edit, a null text, so
+// the end of the edit is sent here as Windows sends it). The model refuses
+// the name through the error report, and nothing changes.
 TEST_F(EditorRename, AnEmptyNameChangesNothing)
 {
     SelectBranch(L"Plant/Line1");
     FocusList();
     SelectRows({L"Speed"});
     ASSERT_TRUE(PressF2(F(), List()));
-    test::MessageBoxAnswerer answerer;
-    TypeInList(List(), L"");
-    for (const auto& box : answerer.Seen())
-        EXPECT_EQ(box.title, L"CException");
+    const int line = ListView_GetNextItem(List(), -1, LVNI_FOCUSED);
+    ASSERT_GE(line, 0);
+    ListView_CancelEditLabel(List());
+    Pump();
+    DialogScript script({{L"CException", [](HWND box) { test::ClickButton(box, IDOK); }}});
+    wchar_t empty[1] = {};
+    NMLVDISPINFOW info = {};
+    info.hdr.hwndFrom = List();
+    info.hdr.idFrom = static_cast<UINT_PTR>(::GetDlgCtrlID(List()));
+    info.hdr.code = LVN_ENDLABELEDITW;
+    info.item.mask = LVIF_TEXT;
+    info.item.iItem = line;
+    info.item.pszText = empty;
+    ::SendMessageW(::GetParent(List()), WM_NOTIFY, info.hdr.idFrom, reinterpret_cast<LPARAM>(&info));
+    Pump();
+    ASSERT_TRUE(script.Finished()) << Report(script);
+    EXPECT_FALSE(script.Texts()[0].empty());
     EXPECT_EQ(Column(0), (Names{L"Count", L"Label", L"Speed"}));
+    EXPECT_TRUE(Item(L"Plant/Line1", L"Speed"));
     EXPECT_FALSE(Dirty());
     EXPECT_EQ(F().Document().History().UndoCount(), 0u);
 }
@@ -153,4 +168,34 @@ TEST_F(EditorRename, KeysTypedIntoTheNameAreNotTheEditorsAccelerators)
     EXPECT_FALSE(F().PreTranslateMessage(del));
     ListView_CancelEditLabel(List());
     EXPECT_EQ(Column(0), (Names{L"Count", L"Label", L"Speed"}));
+}
+
+// Undo and redo of a rename in place, compared as the saved XML.
+TEST_F(EditorRename, UndoAndRedoOfRenamingAnItemInPlaceRestoreTheModelExactly)
+{
+    ExpectUndoAndRedoRestore([&] {
+        SelectBranch(L"Plant/Line1");
+        FocusList();
+        SelectRows({L"Speed"});
+        ASSERT_TRUE(PressF2(F(), List()));
+        TypeInList(List(), L"Velocity");
+        ASSERT_TRUE(Item(L"Plant/Line1", L"Velocity"));
+    });
+    EXPECT_EQ(Column(0), (Names{L"Count", L"Label", L"Speed"}));
+}
+
+TEST_F(EditorRename, UndoAndRedoOfRenamingABranchInPlaceRestoreTheModelExactly)
+{
+    ExpectUndoAndRedoRestore([&] {
+        SelectBranch(L"Plant/Line2");
+        FocusTree();
+        ASSERT_TRUE(PressF2(F(), Tree()));
+        const HWND edit = TreeView_GetEditControl(Tree());
+        ASSERT_NE(edit, nullptr);
+        ::SetWindowTextW(edit, L"Line0");
+        TreeView_EndEditLabelNow(Tree(), FALSE);
+        Pump();
+        ASSERT_EQ(Children(L"Plant"), (Names{L"Line0", L"Line1"}));
+    });
+    EXPECT_EQ(Children(L"Plant"), (Names{L"Line1", L"Line2"}));
 }

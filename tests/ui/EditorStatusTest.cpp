@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <utility>
 
 #include "EditorFixture.h"
 #include "addressspace/EditorStatus.h"
@@ -111,11 +112,24 @@ TEST_F(EditorStatus, SavingClearsModifiedAndTheTitleStaysAsItIs)
     EXPECT_STREQ(title, L" OPC Address Space");
 }
 
+// The prompts of the menu entries, as the editor's resource strings give
+// them (the part before the tooltip), in the first pane.
 TEST_F(EditorStatus, AMenuPromptShowsInTheFirstPaneBesideTheCounts)
 {
-    ::SendMessageW(Frame(), WM_MENUSELECT, MAKEWPARAM(ID_AS_FILE_SAVE, MF_STRING), 0);
-    EXPECT_EQ(Pane(0), CL::CFrameBars::Prompt(ID_AS_FILE_SAVE));
-    EXPECT_FALSE(Pane(0).empty());
+    const std::pair<UINT, const wchar_t*> prompts[] = {
+        {ID_AS_FILE_OPEN, L"Open configuration"},
+        {ID_AS_FILE_SAVE, L"Save current configuration and send it to the server"},
+        {ID_AS_FILE_SAVE_COPY, L"Save a copy of the current configuration"},
+        {ID_AS_EDIT_NEW_BRANCH, L"Create a new branch in the selected branch"},
+        {ID_AS_EDIT_NEW_ITEM, L"Add a new item in the selected branch"},
+        {ID_AS_EDIT_PROPERTIES, L"Edit properties of the selected branch or item"},
+        {ID_AS_EDIT_DELETE, L"Delete selected branch or item"},
+        {ID_AS_HELP_ABOUT, L"Show about dialog"},
+    };
+    for (const auto& [id, prompt] : prompts) {
+        ::SendMessageW(Frame(), WM_MENUSELECT, MAKEWPARAM(id, MF_STRING), 0);
+        EXPECT_EQ(Pane(0), prompt) << "entry " << id;
+    }
     EXPECT_EQ(TotalPane(), L"Address space: 4 item(s)");
     ::SendMessageW(Frame(), WM_MENUSELECT, MAKEWPARAM(0, 0xFFFF), 0);
     EXPECT_EQ(Pane(0), L"Ready");

@@ -18,31 +18,6 @@ namespace {
 
 class EditorUndo : public test::EditorFixture {
 protected:
-    // The whole address space as its XML file.
-    std::string Xml()
-    {
-        const std::wstring path = dir.File(L"state" + std::to_wstring(++m_saved) + L".xml");
-        F().Document().Model()->Save(path);
-        return test::ReadFileBytes(path);
-    }
-    // Runs the change and checks that undo gives back the state before it
-    // and redo the state after it, with the views showing both.
-    void ExpectUndoAndRedoRestore(const std::function<void()>& change)
-    {
-        const std::string before = Xml();
-        change();
-        const std::string after = Xml();
-        ASSERT_NE(after, before) << "the change changed nothing";
-        ASSERT_TRUE(Dirty());
-        Command(ID_AS_EDIT_UNDO);
-        EXPECT_EQ(Xml(), before);
-        EXPECT_FALSE(Dirty()) << "back at the state loaded from the server";
-        Command(ID_AS_EDIT_REDO);
-        EXPECT_EQ(Xml(), after);
-        EXPECT_TRUE(Dirty());
-        Command(ID_AS_EDIT_UNDO);
-        EXPECT_EQ(Xml(), before);
-    }
     // The Edit menu's entries as the user sees them when it opens.
     Names EditMenu()
     {
@@ -63,9 +38,6 @@ protected:
         SelectRows(rows);
         Command(ID_AS_EDIT_DELETE);
     }
-
-private:
-    int m_saved = 0;
 };
 
 DialogScript::Step Fill(const wchar_t* title, int id, const std::wstring& text, int button = IDOK)

@@ -234,6 +234,50 @@ TEST_P(HistDataProgress, CancelledSaveLeavesNoFileAndTheTargetAsItWas)
     EXPECT_EQ(window.Status(), L"Cancelled: nothing was saved");
 }
 
+// Esc while the file is being written, after every value was read: the
+// save's last step is one of its writing (a save of these values steps
+// more often than reading them alone does, and writing comes after the
+// read), and Esc there leaves no file and the target as it was.
+TEST_P(HistDataProgress, EscWhileWritingTheSaveLeavesNoFileAndTheTargetAsItWas)
+{
+    WriteSeconds(*m_writer, L"t", 10000, 2500);
+    test::TempDir folder;
+    const std::wstring path = folder.File(L"old.csv");
+    HistDataWindow window(m_historian, L"t");
+    ASSERT_TRUE(window.Open());
+    window.SetMax(0);
+    window.UncheckBounds();
+    ProgressAtOnce atOnce;
+    int steps = 0;
+    CL::CWorkProgress::SetStepObserver([&] { ++steps; });
+    window.ShowAll();
+    const int readSteps = steps;
+    steps = 0;
+    {
+        test::MessageBoxAnswerer answerer(SaveAsAnswer(folder.File(L"whole.csv")));
+        window.Click(IDC_HISTDATA_OPEN_FILE);
+        ASSERT_TRUE(OtherBoxes(answerer).empty());
+    }
+    const int saveSteps = steps;
+    ASSERT_GT(saveSteps, readSteps) << "the save steps no more often than a read: no step of its writing";
+    ASSERT_TRUE(::DeleteFileW(folder.File(L"whole.csv").c_str()));
+    WriteFileText(path, "old contents");
+    steps = 0;
+    CL::CWorkProgress::SetStepObserver([&] {
+        if (++steps == saveSteps)
+            ::PostMessageW(window.List(), WM_KEYDOWN, VK_ESCAPE, 0);
+    });
+    {
+        test::MessageBoxAnswerer answerer(SaveAsAnswer(path));
+        window.Click(IDC_HISTDATA_OPEN_FILE);
+        EXPECT_TRUE(OtherBoxes(answerer).empty());
+    }
+    EXPECT_EQ(steps, saveSteps);
+    EXPECT_EQ(test::ReadFileBytes(path), "old contents");
+    EXPECT_EQ(FilesIn(folder.Path()), std::vector<std::wstring>{L"old.csv"});
+    EXPECT_EQ(window.Status(), L"Cancelled: nothing was saved");
+}
+
 TEST_P(HistDataProgress, AReadOnlyTargetEndsInTheErrorReportWithNothingWritten)
 {
     WriteSeconds(*m_writer, L"t", 3, 3);

@@ -6,7 +6,9 @@
 
 #include <dlgs.h>
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include "common/ui/ClipboardText.h"
 #include "support/TestSupport.h"
@@ -88,6 +90,24 @@ inline void WriteFileText(const std::wstring& path, const std::string& bytes)
 inline bool FileExists(const std::wstring& path)
 {
     return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// The names of the files in a folder, sorted (what a cancelled export may
+// have left there, whatever its temporary files are called).
+inline std::vector<std::wstring> FilesIn(const std::wstring& folder)
+{
+    std::vector<std::wstring> names;
+    WIN32_FIND_DATAW found = {};
+    const HANDLE search = ::FindFirstFileW((folder + L"\\*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return names;
+    do {
+        if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
+            names.push_back(found.cFileName);
+    } while (::FindNextFileW(search, &found));
+    ::FindClose(search);
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 } // namespace histwin_test

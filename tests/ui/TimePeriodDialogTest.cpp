@@ -1,6 +1,10 @@
 // The time period dialog: caption and controls, the picker format, the
 // presets, the check boxes that switch the pickers, and the values read back
 // on OK and on Cancel.
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
 #include "HistWinFixture.h"
 
 #include "historian/PickerTime.h"
@@ -146,43 +150,44 @@ TEST(TimePeriodDialog, UncheckingFromDisablesItsPickerAndItsValueIsStillReadBack
 }
 
 // The picker holds 500 ms (checked first, so that the test cannot pass
-// because the control dropped them): the dialog's read of the picker must
-// clear them. SystemTimeToVariantTime drops milliseconds by itself, so the
-// read is also looked at before that conversion (GetPickerTime, what closing
-// the dialog reads the pickers with).
+// because the control dropped them): what the dialog hands back when it
+// closes is the picked second exactly, with no milliseconds, both as the
+// date and as its text.
 TEST(TimePeriodDialog, PickerSecondComesBackExactlyWithZeroMilliseconds)
 {
     CdlgTimePeriod dialog;
     dialog.m_from = Date(2020, 1, 1, 0, 0, 0);
     dialog.m_to = Date(2020, 1, 1, 0, 0, 0);
     WORD heldMilliseconds = 0;
-    SYSTEMTIME read = {};
     const INT_PTR result = RunDialog(dialog, [&](HWND box) {
-        const HWND picker = ::GetDlgItem(box, IDC_TIMEPERIOD_FROM);
-        SYSTEMTIME st = CL::DateToSystemTime(Date(2024, 2, 1, 13, 45, 30));
-        st.wMilliseconds = 500;
-        ::SendMessageW(picker, DTM_SETSYSTEMTIME, GDT_VALID, reinterpret_cast<LPARAM>(&st));
-        SYSTEMTIME held = {};
-        ::SendMessageW(picker, DTM_GETSYSTEMTIME, 0, reinterpret_cast<LPARAM>(&held));
-        heldMilliseconds = held.wMilliseconds;
-        read = CL::GetPickerTime(picker);
+        for (const int id : {IDC_TIMEPERIOD_FROM, IDC_TIMEPERIOD_TO}) {
+            const HWND picker = ::GetDlgItem(box, id);
+            SYSTEMTIME st = CL::DateToSystemTime(Date(2024, 2, 1, 13, 45, id == IDC_TIMEPERIOD_FROM ? 30 : 59));
+            st.wMilliseconds = 500;
+            ::SendMessageW(picker, DTM_SETSYSTEMTIME, GDT_VALID, reinterpret_cast<LPARAM>(&st));
+            SYSTEMTIME held = {};
+            ::SendMessageW(picker, DTM_GETSYSTEMTIME, 0, reinterpret_cast<LPARAM>(&held));
+            heldMilliseconds = std::max(heldMilliseconds, held.wMilliseconds);
+        }
         test::ClickButton(box, IDOK);
     });
     EXPECT_EQ(result, IDOK);
     ASSERT_EQ(heldMilliseconds, 500) << "the picker keeps the milliseconds it is given";
-    EXPECT_EQ(read.wMilliseconds, 0);
-    EXPECT_EQ(read.wSecond, 30);
-    SYSTEMTIME exact = {};
-    exact.wYear = 2024;
-    exact.wMonth = 2;
-    exact.wDay = 1;
-    exact.wHour = 13;
-    exact.wMinute = 45;
-    exact.wSecond = 30;
-    DATE expected = 0;
-    ASSERT_TRUE(::SystemTimeToVariantTime(&exact, &expected));
-    EXPECT_EQ(dialog.m_from, expected);
-    EXPECT_EQ(CL::DateToString(dialog.m_from), L"01:02:2024 - 13:45:30:000");
+    for (const auto& [date, second] : {std::pair{dialog.m_from, 30}, std::pair{dialog.m_to, 59}}) {
+        SYSTEMTIME exact = {};
+        exact.wYear = 2024;
+        exact.wMonth = 2;
+        exact.wDay = 1;
+        exact.wHour = 13;
+        exact.wMinute = 45;
+        exact.wSecond = static_cast<WORD>(second);
+        DATE expected = 0;
+        ASSERT_TRUE(::SystemTimeToVariantTime(&exact, &expected));
+        EXPECT_EQ(date, expected) << second;
+        // Half a second more would be 1/172800 of a day.
+        EXPECT_LT(std::abs(date - expected) * 86400000.0, 1.0) << second;
+        EXPECT_EQ(CL::DateToString(date), L"01:02:2024 - 13:45:" + std::to_wstring(second) + L":000");
+    }
 }
 
 TEST(TimePeriodDialog, FromAfterToIsAcceptedAsItStands)

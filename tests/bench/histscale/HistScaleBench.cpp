@@ -87,17 +87,25 @@ void MeasureExplorer(CL::CHistorian& historian)
     ::SendMessageW(explorer, WM_COMMAND, MAKEWPARAM(ID_DBEXPLORER_REFRESH, 0), 0);
     ::UpdateWindow(explorer);
     Line("explorer refresh", Bench::SecondsSince(start), ListCount(explorer.List().Hwnd()), 2.0);
-    // One keystroke after another, the slowest one counted.
+    // One keystroke after another, the slowest one counted: from the
+    // changed text until the window has painted what changed (the list's
+    // rows and the status bar's count), not only until the rows are
+    // filtered. A keystroke after which the list had nothing to repaint did
+    // not reach the screen, and the figure counts as missed.
     double slowest = 0;
+    bool listRedrawn = true;
     std::wstring typed;
     for (const wchar_t c : std::wstring(L"item09")) {
         typed += c;
         start = Bench::Seconds();
         ::SetWindowTextW(explorer.FilterBar().Edit(), typed.c_str());
-        ::UpdateWindow(explorer.List().Hwnd());
+        listRedrawn = listRedrawn && ::GetUpdateRect(explorer.List().Hwnd(), nullptr, FALSE);
+        ::RedrawWindow(explorer, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
         slowest = std::max(slowest, Bench::SecondsSince(start));
     }
-    Line("filter keystroke (slowest of 6)", slowest, ListCount(explorer.List().Hwnd()), 0.02);
+    if (!listRedrawn)
+        std::printf("filter keystroke: the list was not invalidated by a change of the filter\n");
+    Line("filter keystroke (slowest of 6)", listRedrawn ? slowest : 999.0, ListCount(explorer.List().Hwnd()), 0.02);
     explorer.DestroyWindow();
 }
 
