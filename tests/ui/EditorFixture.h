@@ -22,6 +22,7 @@
 #include "support/DialogScript.h"
 #include "support/SettingsServiceName.h"
 #include "support/TestSupport.h"
+#include "support/ProcessState.h"
 
 namespace test {
 
@@ -77,6 +78,8 @@ private:
 };
 
 class EditorFixture : public testing::Test {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
 protected:
     void SetUp() override
     {
