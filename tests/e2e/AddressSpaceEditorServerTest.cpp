@@ -32,6 +32,7 @@ const std::string kLiveSpace =
 class EditorWithServer : public testing::Test {
     // Puts the settings record back after each test (after TearDown).
     test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

@@ -44,6 +44,7 @@ bool HasControlEvent(const test::SimulatedServer& server)
 class AddressSpaceExchangeWithServer : public ::testing::Test {
     // Puts the settings record back after each test (after TearDown).
     test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

@@ -155,6 +155,7 @@ private:
 class DependentServices : public testing::Test {
     // Puts the settings record back after each test (after TearDown).
     test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

@@ -99,6 +99,7 @@ size_t EventIndex(const std::vector<std::string>& events, const std::string& lin
 class OptionsApply : public testing::Test {
     // Puts the settings record back after each test (after TearDown).
     test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

@@ -187,7 +187,6 @@ std::vector<std::wstring> WatchedRegistry()
 {
     std::vector<std::wstring> lines;
     DumpKey(HKEY_CURRENT_USER, L"HKCU", L"Software\\" + CL::Widen(MORVANE_PRODUCT_NAME), lines);
-    DumpKey(HKEY_CURRENT_USER, L"HKCU", L"Software\\ODBC\\ODBC.INI", lines);
     CountSubkeys(HKEY_CLASSES_ROOT, L"HKCR", L"CLSID", lines);
     CountSubkeys(HKEY_LOCAL_MACHINE, L"HKLM", L"System\\CurrentControlSet\\Services", lines);
     return lines;

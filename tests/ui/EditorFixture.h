@@ -78,8 +78,11 @@ private:
 };
 
 class EditorFixture : public testing::Test {
-    // Puts the settings record back after each test (after TearDown).
+    // Put back after each test (after TearDown): the settings record, and
+    // the clipboard that the editor's copy and cut fill.
     test::SettingsKeeper m_keepSettings;
+    test::ClipboardKeeper m_keepClipboard;
+
 protected:
     void SetUp() override
     {

@@ -62,6 +62,7 @@ private:
 class OptionsApplyFailure : public testing::Test {
     // Puts the settings record back after each test (after TearDown).
     test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

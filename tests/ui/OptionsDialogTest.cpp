@@ -92,6 +92,7 @@ private:
 class OptionsDialog : public testing::Test {
     // Puts the settings record back after each test (after TearDown).
     test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override { g_Settings = CSettings(); }
     void TearDown() override { g_Settings = CSettings(); }

@@ -116,6 +116,7 @@ int RoomForText(const Control& c)
 class DialogLayout : public testing::TestWithParam<int> {
     // Puts the settings record back after each test (after TearDown).
     test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

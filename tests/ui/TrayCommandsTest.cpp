@@ -96,6 +96,7 @@ testing::AssertionResult ShownOneBox(const std::vector<test::MessageBoxInfo>& se
 class TrayFixture : public testing::Test {
     // Puts the settings record back after each test (after TearDown).
     test::SettingsKeeper m_keepSettings;
+
 protected:
     void AddEditor(bool acceptOpen = true, bool createFails = false)
     {

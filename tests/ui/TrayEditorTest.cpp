@@ -15,6 +15,7 @@ namespace {
 class TrayWithEditor : public testing::Test {
     // Puts the settings record back after each test (after TearDown).
     test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

@@ -85,6 +85,7 @@ private:
 class AddressSpaceExchange : public ::testing::Test {
     // Puts the settings record back after each test (after TearDown).
     test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

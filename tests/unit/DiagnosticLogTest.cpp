@@ -22,6 +22,7 @@ public:
 class DiagnosticLogTest : public ::testing::Test {
     // Puts the settings record back after each test (after TearDown).
     test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override { g_Settings.TraceLevel = 4; }
     std::wstring Base() const { return dir.File(L"MorvaneGui"); }
