@@ -62,6 +62,7 @@ test: build
 # under a 32-bit Wine (Debian 13's wine32:i386; Debian 12 has none, so this
 # is not part of 'make test'). See scripts/smoke-i686.sh.
 smoke-i686: build-i686
+	@scripts/install-deps.sh wine32
 	scripts/smoke-i686.sh $(BUILD32)
 
 # The long mutation campaign over every loader (tests/fuzz): FUZZ_INPUTS
