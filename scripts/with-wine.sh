@@ -1,6 +1,8 @@
 #!/bin/bash
 # Runs one command inside a private Wine environment:
 #   - WINEPREFIX inside the build directory (created once, then reused),
+#     64-bit, or as MORVANE_WINEARCH says (win32 for the 32-bit build's
+#     smoke test, scripts/smoke-i686.sh),
 #   - an Xvfb display on a free display number (unless KEEP_DISPLAY=1 and
 #     DISPLAY is already set),
 #   - one persistent wineserver for the whole run, so services and processes
@@ -26,7 +28,7 @@ BUILD_DIR=$(realpath "$1"); shift
 
 export LANG=C.UTF-8 LC_ALL=C.UTF-8 TZ="${MORVANE_TZ:-UTC}"
 [ -n "${MORVANE_TZ:-}" ] && export MORVANE_TZ
-export WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=,winemenubuilder.exe=d"
+export WINEARCH=${MORVANE_WINEARCH:-win64} WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=,winemenubuilder.exe=d"
 export WINEPREFIX="$BUILD_DIR/wineprefix"
 export MORVANE_BUILD_DIR="$BUILD_DIR"
 
@@ -83,10 +85,22 @@ prepare_prefix() {
     touch "$WINEPREFIX/.morvane-ready"
 }
 
+# The test data source, registered where each driver manager looks: Wine 8
+# hands DSN= strings to the host's unixODBC, which reads the user data
+# source file ODBCINI; Wine 10 copies that file's sources into the registry
+# but finds a source's driver through the value
+# HKCU\Software\ODBC\ODBC.INI\ODBC Data Sources\<name>, which it leaves empty.
+# The registry value is written on every run, so that prefixes made before
+# it was needed get it too.
 prepare_odbc() {
     mkdir -p "$BUILD_DIR/odbc" || return 1
     export ODBCINI="$BUILD_DIR/odbc/odbc.ini"
     printf '[MorvaneTestDsn]\nDriver=SQLite3\nDatabase=%s\n' "$BUILD_DIR/odbc/MorvaneTestDsn.db" >"$ODBCINI"
+}
+
+register_odbc() {
+    wine reg add 'HKCU\Software\ODBC\ODBC.INI\ODBC Data Sources' /v MorvaneTestDsn /t REG_SZ /d SQLite3 /f \
+        </dev/null >/dev/null 2>&1
 }
 
 start_postgres() {
@@ -111,6 +125,7 @@ prepare_prefix || { echo "with-wine.sh: could not prepare the Wine prefix" >&2; 
 prepare_odbc || { echo "with-wine.sh: could not write the ODBC data source file" >&2; exit 1; }
 start_postgres
 wineserver -p
+register_odbc || { echo "with-wine.sh: could not register the test data source in the Wine registry" >&2; exit 1; }
 # The display scale. The session's first Wine process (here, the one that
 # writes the value) starts the desktop process, which keeps the scale it
 # read then: Wine maps window rectangles between processes with it. The

@@ -18,6 +18,7 @@
 #include "support/DialogScript.h"
 #include "support/ServerSimulator.h"
 #include "support/TestSupport.h"
+#include "support/ProcessState.h"
 
 using test::DialogScript;
 
@@ -29,6 +30,9 @@ const std::string kLiveSpace =
     "ValueTime=\"133500000000000000\"><Value>12.5</Value></Item></Branch></Morvane_OPCDAAddressSpace>";
 
 class EditorWithServer : public testing::Test {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

@@ -13,6 +13,7 @@
 #include "support/ServerSimulator.h"
 #include "support/TestSupport.h"
 #include "tools/server-sim/SimFiles.h"
+#include "support/ProcessState.h"
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
@@ -41,6 +42,9 @@ bool HasControlEvent(const test::SimulatedServer& server)
 }
 
 class AddressSpaceExchangeWithServer : public ::testing::Test {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

@@ -23,6 +23,7 @@
 #include "support/ServerSimulator.h"
 #include "support/TestSupport.h"
 #include "tools/server-sim/SimFiles.h"
+#include "support/ProcessState.h"
 
 namespace {
 
@@ -152,6 +153,9 @@ private:
 
 // The server and a second simulator that depends on it, both running.
 class DependentServices : public testing::Test {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

@@ -15,6 +15,7 @@
 #include "support/ServerSimulator.h"
 #include "support/TestSupport.h"
 #include "tools/server-sim/SimFiles.h"
+#include "support/ProcessState.h"
 
 using namespace std::chrono_literals;
 
@@ -96,6 +97,9 @@ size_t EventIndex(const std::vector<std::string>& events, const std::string& lin
 
 // The control panel in the simulator's folder, its options dialog open.
 class OptionsApply : public testing::Test {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

@@ -1,21 +1,59 @@
 // Entry point of every test program.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <string>
+
+#include "ProcessState.h"
 #include "addressspace/EditorLayout.h"
 #include "common/RegistryKey.h"
 
 namespace {
 
-// Every test starts without the editor layout that an earlier test's editor
-// left in the registry, and the program leaves none behind: a test that
-// resized the editor must not change the window the next one opens.
-class EditorLayoutReset : public testing::EmptyTestEventListener {
+// Every test leaves the process as it found it. Before each test the state a
+// test may change is noted (ProcessState); a test that leaves a difference
+// fails, naming it, and the noted state is put back so that the tests after
+// it are not misled too.
+//
+// The clipboard and the registry are shared with every program of the Wine
+// session: they are compared only when MORVANE_CHECK_SHARED_STATE=1 says that
+// this program runs alone (scripts/test-shuffled.sh), not beside the other
+// test programs as under CTest.
+//
+// The editor writes its layout to the registry whenever it closes: that is
+// the program's own record, deleted before and after every test, so that a
+// test that resized the editor does not change the window the next one opens.
+class TestIsolation : public testing::EmptyTestEventListener {
 public:
-    void OnTestStart(const testing::TestInfo&) override { Reset(); }
-    void OnTestProgramEnd(const testing::UnitTest&) override { Reset(); }
+    void OnTestStart(const testing::TestInfo&) override
+    {
+        DeleteEditorLayout();
+        m_before = test::ProcessState::Take(CheckShared());
+    }
+
+    void OnTestEnd(const testing::TestInfo&) override
+    {
+        DeleteEditorLayout();
+        const std::vector<std::string> differences = m_before.Differences(test::ProcessState::Take(CheckShared()));
+        if (differences.empty())
+            return;
+        std::string text = "The test left process-wide state changed:";
+        for (const std::string& line : differences)
+            text += "\n  " + line;
+        ADD_FAILURE() << text;
+        m_before.Restore();
+    }
+
+    void OnTestProgramEnd(const testing::UnitTest&) override { DeleteEditorLayout(); }
 
 private:
-    static void Reset()
+    static bool CheckShared()
+    {
+        const char* value = std::getenv("MORVANE_CHECK_SHARED_STATE");
+        return value && std::string(value) == "1";
+    }
+
+    static void DeleteEditorLayout()
     {
         try {
             CL::CRegistryKey::Delete(HKEY_CURRENT_USER, CEditorLayout::DefaultKey());
@@ -23,6 +61,8 @@ private:
             ADD_FAILURE() << "the editor layout of an earlier test could not be deleted";
         }
     }
+
+    test::ProcessState m_before;
 };
 
 } // namespace
@@ -30,6 +70,6 @@ private:
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
-    testing::UnitTest::GetInstance()->listeners().Append(new EditorLayoutReset);
+    testing::UnitTest::GetInstance()->listeners().Append(new TestIsolation);
     return RUN_ALL_TESTS();
 }

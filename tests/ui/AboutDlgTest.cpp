@@ -10,6 +10,7 @@
 #include "config/Settings.h"
 #include "res/resource.h"
 #include "support/LogCapture.h"
+#include "support/ProcessState.h"
 #include "support/TestSupport.h"
 #include "version.h"
 
@@ -67,6 +68,7 @@ private:
 
 TEST(AboutDialog, ShowsTitleHeadingAndProductVersion)
 {
+    test::SettingsKeeper settings;
     g_Settings.Title = L"Northfield";
     AboutWatcher watcher;
     CAboutDlg dialog;

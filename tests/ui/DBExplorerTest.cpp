@@ -15,6 +15,7 @@
 #include "res/resource.h"
 #include "support/LogCapture.h"
 #include "support/MenuCapture.h"
+#include "support/ProcessState.h"
 
 using namespace histwin_test;
 
@@ -491,6 +492,7 @@ INSTANTIATE_TEST_SUITE_P(Db, DBExplorer, testing::Values(DbKind::Sqlite, DbKind:
 
 TEST(DBExplorerFromTray, OpensWhenTheDatabaseCanBeOpenedAndASecondCommandRaisesIt)
 {
+    const test::SettingsKeeper keepSettings;
     test::ComScope com;
     test::HistorianTestDb db(DbKind::Sqlite);
     CL::AppendHistoricRun(db.ConnectionString(), L"Tray.Item", {{Date(2023, 3, 15, 10, 0, 0), 192, CL::CVariant::I4(1)}});

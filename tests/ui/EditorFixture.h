@@ -23,6 +23,7 @@
 #include "support/DialogScript.h"
 #include "support/SettingsServiceName.h"
 #include "support/TestSupport.h"
+#include "support/ProcessState.h"
 
 namespace test {
 
@@ -78,6 +79,11 @@ private:
 };
 
 class EditorFixture : public testing::Test {
+    // Put back after each test (after TearDown): the settings record, and
+    // the clipboard that the editor's copy and cut fill.
+    test::SettingsKeeper m_keepSettings;
+    test::ClipboardKeeper m_keepClipboard;
+
 protected:
     void SetUp() override
     {

@@ -19,6 +19,7 @@
 #include "common/historian/Historian.h"
 #include "historian/PickerTime.h"
 #include "support/HistorianTestDb.h"
+#include "support/ProcessState.h"
 #include "support/TestSupport.h"
 #include "support/ZoneOffset.h"
 
@@ -158,6 +159,9 @@ inline bool Checked(HWND dialog, int id)
 // --- the database ---------------------------------------------------------
 
 class HistorianWindowTest : public testing::TestWithParam<DbKind> {
+    // The windows' copy commands fill the clipboard: put back after each test.
+    test::ClipboardKeeper m_keepClipboard;
+
 protected:
     void SetUp() override
     {

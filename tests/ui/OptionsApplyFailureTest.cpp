@@ -20,6 +20,7 @@
 #include "support/FakeServiceManager.h"
 #include "support/LogCapture.h"
 #include "support/TestSupport.h"
+#include "support/ProcessState.h"
 
 namespace {
 
@@ -59,6 +60,9 @@ private:
 // The dialog (modeless and hidden) over a fresh installation folder that
 // holds the settings in force (title "Before", service "Morvane").
 class OptionsApplyFailure : public testing::Test {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

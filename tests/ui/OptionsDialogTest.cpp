@@ -22,6 +22,7 @@
 #include "support/LogCapture.h"
 #include "support/SettingsFileXml.h"
 #include "support/TestSupport.h"
+#include "support/ProcessState.h"
 
 using namespace std::chrono_literals;
 
@@ -89,6 +90,9 @@ private:
 // The dialog (modeless and hidden, so that the box answerer leaves it alone)
 // over a scripted server control and a fresh installation folder.
 class OptionsDialog : public testing::Test {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override { g_Settings = CSettings(); }
     void TearDown() override { g_Settings = CSettings(); }

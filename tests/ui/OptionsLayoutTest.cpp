@@ -19,6 +19,7 @@
 #include "OptionsTestSupport.h"
 #include "WindowGeometry.h"
 #include "res/resource.h"
+#include "support/ProcessState.h"
 
 namespace {
 
@@ -113,6 +114,9 @@ int RoomForText(const Control& c)
 
 // Both dialogs, created hidden from their templates.
 class DialogLayout : public testing::TestWithParam<int> {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

@@ -18,6 +18,7 @@
 #include "support/MenuCapture.h"
 #include "support/ServerSimulator.h"
 #include "support/TestSupport.h"
+#include "support/ProcessState.h"
 
 using namespace std::chrono_literals;
 
@@ -93,6 +94,9 @@ testing::AssertionResult ShownOneBox(const std::vector<test::MessageBoxInfo>& se
 // A tray window (not yet created) and the stand-ins a test may give it; the
 // counters outlive the window, which owns the stand-ins.
 class TrayFixture : public testing::Test {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
+
 protected:
     void AddEditor(bool acceptOpen = true, bool createFails = false)
     {
@@ -488,6 +492,7 @@ TEST_F(DatabaseExplorerEntry, AccessibleDatabaseOpensTheExplorerOnceAndRestoresI
 
 TEST(TrayHandlers, EachWritesItsTraceLine)
 {
+    const test::SettingsKeeper keepSettings;
     test::SimulatedServer server;
     g_Settings.ServiceName = server.ServiceName();
     test::LogCapture log(4);

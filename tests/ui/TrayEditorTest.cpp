@@ -8,10 +8,14 @@
 #include "FakeTrayParts.h"
 #include "support/SettingsServiceName.h"
 #include "app/DummyWnd.h"
+#include "support/ProcessState.h"
 
 namespace {
 
 class TrayWithEditor : public testing::Test {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

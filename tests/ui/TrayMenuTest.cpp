@@ -16,6 +16,7 @@
 #include "support/MenuCapture.h"
 #include "support/ServerSimulator.h"
 #include "support/TestSupport.h"
+#include "support/ProcessState.h"
 
 using test::MenuEntry;
 
@@ -81,6 +82,7 @@ class TrayMenuCombination : public testing::TestWithParam<std::tuple<int, bool>>
 
 TEST_P(TrayMenuCombination, ShowsExactlyTheEntriesOfTheSwitchesAndServerPresence)
 {
+    const test::SettingsKeeper keepSettings;
     const int switches = std::get<0>(GetParam());
     const bool serverPresent = std::get<1>(GetParam());
     g_Settings.ServiceName = test::UniqueServiceName(L"MvMissing");
@@ -123,6 +125,7 @@ TEST(TrayMenu, WithoutServerHoldsOnlyDatabaseExplorerSeparatorAndExit)
 
 TEST(TrayMenu, NoOptHidesOnlyTheOptionsEntry)
 {
+    const test::SettingsKeeper keepSettings;
     CL::MenuFlags flags;
     CL::ApplyCommandLineSwitches(L"MorvaneGui.exe noopt", flags);
     g_Settings.ServiceName = test::UniqueServiceName(L"MvMissing");
@@ -135,6 +138,7 @@ TEST(TrayMenu, NoOptHidesOnlyTheOptionsEntry)
 
 TEST(TrayMenu, ServerCaptionShowsRunningForARunningService)
 {
+    const test::SettingsKeeper keepSettings;
     test::SimulatedServer server;
     ASSERT_TRUE(server.Start());
     g_Settings.ServiceName = server.ServiceName();
@@ -146,6 +150,7 @@ TEST(TrayMenu, ServerCaptionShowsRunningForARunningService)
 
 TEST(TrayMenu, ServerCaptionShowsStoppedForAStoppedService)
 {
+    const test::SettingsKeeper keepSettings;
     test::SimulatedServer server;
     g_Settings.ServiceName = server.ServiceName();
     CDummyWnd window(CL::MenuFlags{});
@@ -156,6 +161,7 @@ TEST(TrayMenu, ServerCaptionShowsStoppedForAStoppedService)
 
 TEST(TrayMenu, ServerCaptionIsAskedAnewEveryTimeTheMenuOpens)
 {
+    const test::SettingsKeeper keepSettings;
     test::SimulatedServer server;
     g_Settings.ServiceName = server.ServiceName();
     CDummyWnd window(CL::MenuFlags{});
@@ -180,6 +186,7 @@ TEST(TrayMenu, ServerCaptionIsPlainWhenTheStateCannotBeRead)
 
 TEST(TrayMenu, BuildTrayMenuMatchesTheMenuShown)
 {
+    const test::SettingsKeeper keepSettings;
     g_Settings.ServiceName = test::UniqueServiceName(L"MvMissing");
     CL::MenuFlags flags;
     flags.ShowAbout = false;

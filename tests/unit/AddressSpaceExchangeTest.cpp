@@ -14,6 +14,7 @@
 #include "support/SettingsServiceName.h"
 #include "support/FakeServiceManager.h"
 #include "support/TestSupport.h"
+#include "support/ProcessState.h"
 
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
@@ -82,6 +83,9 @@ private:
 };
 
 class AddressSpaceExchange : public ::testing::Test {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

@@ -9,6 +9,7 @@
 #include "common/Exception.h"
 #include "common/Handle.h"
 #include "config/Settings.h"
+#include "support/ProcessState.h"
 
 namespace {
 
@@ -19,6 +20,9 @@ public:
 };
 
 class DiagnosticLogTest : public ::testing::Test {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override { g_Settings.TraceLevel = 4; }
     std::wstring Base() const { return dir.File(L"MorvaneGui"); }
@@ -263,6 +267,7 @@ TEST(SourcePosition, IsFileNameWithoutFolderAndExtensionAndLine)
 
 TEST(CheckedCall, FailureIsLoggedAtLevelZeroAndSuccessIsNot)
 {
+    const test::SettingsKeeper keepSettings;
     g_Settings.TraceLevel = 0;
     // A text no earlier run can have written.
     const std::string stamp = std::to_string(::GetCurrentProcessId()) + "-" + std::to_string(::GetTickCount64());

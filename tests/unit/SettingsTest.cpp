@@ -9,6 +9,7 @@
 #include "common/Exception.h"
 #include "common/Text.h"
 #include "config/Settings.h"
+#include "support/ProcessState.h"
 
 namespace {
 
@@ -400,6 +401,7 @@ TEST_F(SettingsTest, TwoBackupsInTheSameSecondShareOneNameAndTheSecondWins)
 
 TEST_F(SettingsTest, BackupIsWrittenBesideTheExecutableFromTheRecord)
 {
+    const test::SettingsKeeper keepSettings;
     const CSettings saved = g_Settings;
     g_Settings.Title = L"backup check";
     SYSTEMTIME before;

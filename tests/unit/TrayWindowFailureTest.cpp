@@ -7,6 +7,7 @@
 #include "config/Settings.h"
 #include "support/ServerSimulator.h"
 #include "support/TestSupport.h"
+#include "support/ProcessState.h"
 
 TEST(TrayWindowFailures, MissingTrayIconIsReportedWithItsSource)
 {
@@ -24,6 +25,7 @@ TEST(TrayWindowFailures, MissingTrayIconIsReportedWithItsSource)
 
 TEST(TrayWindowFailures, MissingTrayMenuIsReportedWithItsSourceAndTheTrayStaysUsable)
 {
+    const test::SettingsKeeper keepSettings;
     g_Settings.ServiceName = test::UniqueServiceName(L"MvMissing");
     test::MessageBoxAnswerer answer;
     CDummyWnd window(CL::MenuFlags{});

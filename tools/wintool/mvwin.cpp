@@ -19,10 +19,13 @@
 //   mvwin close <hwnd>                       posts WM_CLOSE
 //   mvwin settext <dialog> <id> <text>       sets the text of a dialog's control (a file dialog's
 //                                            file name: id 0x47C)
+//   mvwin trayicon <hwnd> <id>               exit code 0 when the shell holds that window's
+//                                            notification icon (a NIM_MODIFY that changes nothing)
 // Handles are printed and read as hexadecimal numbers.
 #include <windows.h>
 
 #include <commctrl.h>
+#include <shellapi.h>
 
 #include <cstdio>
 #include <cstring>
@@ -242,6 +245,17 @@ int HeaderClick(wchar_t** argv)
     return 0;
 }
 
+// The shell answers a modification of an icon it does not hold with FALSE.
+int TrayIcon(HWND window, UINT id)
+{
+    NOTIFYICONDATAW data = {};
+    data.cbSize = sizeof data;
+    data.hWnd = window;
+    data.uID = id;
+    data.uFlags = 0;
+    return ::Shell_NotifyIconW(NIM_MODIFY, &data) ? 0 : 1;
+}
+
 } // namespace
 
 int wmain(int argc, wchar_t** argv)
@@ -286,6 +300,8 @@ int wmain(int argc, wchar_t** argv)
     if (verb == L"settext" && argc > 4)
         return ::SendMessageW(::GetDlgItem(window, static_cast<int>(Number(argv[3]))), WM_SETTEXT, 0,
                               reinterpret_cast<LPARAM>(argv[4])) ? 0 : 1;
+    if (verb == L"trayicon" && argc > 3)
+        return TrayIcon(window, static_cast<UINT>(Number(argv[3])));
     std::fwprintf(stderr, L"mvwin: unknown verb or missing arguments\n");
     return 2;
 }

@@ -3,6 +3,7 @@
 #include "HistorianFixture.h"
 
 #include "config/Settings.h"
+#include "support/ProcessState.h"
 
 using namespace historian_test;
 using CL::CHistorian;
@@ -80,6 +81,7 @@ TEST_P(HistorianCache, SaveWithNothingCachedOpensNoConnection)
 
 TEST_P(HistorianCache, SaveLogsItsTraceLineAtDebugLevel)
 {
+    const test::SettingsKeeper keepSettings;
     g_Settings.TraceLevel = 3;
     CacheAt(m_historian, L"t", {1});
     const test::LogCapture log;
