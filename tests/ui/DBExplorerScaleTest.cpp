@@ -342,7 +342,16 @@ TEST_P(DBExplorerExport, EscWhileWritingTheLastItemLeavesNoFileAndTheTargetAsItW
     Open();
     Command(ID_DBEXPLORER_SELECT_ALL);
     test::TempDir folder;
-    CL::CWorkProgress::SetShowDelay(std::chrono::milliseconds(0));
+    // Progress at once, and the observer and delay put back however the
+    // test ends (later tests of the same process must not inherit them).
+    struct ProgressAtOnce {
+        ProgressAtOnce() { CL::CWorkProgress::SetShowDelay(std::chrono::milliseconds(0)); }
+        ~ProgressAtOnce()
+        {
+            CL::CWorkProgress::SetStepObserver(nullptr);
+            CL::CWorkProgress::SetShowDelay(std::chrono::milliseconds(500));
+        }
+    } atOnce;
     for (const wchar_t* name : {L"old.csv", L"old.xml"}) {
         const std::wstring whole = folder.File(std::wstring(L"whole") + (name + 3));
         int steps = 0;
@@ -373,7 +382,6 @@ TEST_P(DBExplorerExport, EscWhileWritingTheLastItemLeavesNoFileAndTheTargetAsItW
         EXPECT_EQ(Status(), L"Export cancelled: nothing was written");
         ::DeleteFileW(path.c_str());
     }
-    CL::CWorkProgress::SetShowDelay(std::chrono::milliseconds(500));
 }
 
 TEST_P(DBExplorerExport, LongExportShowsCancelInTheStatusBarAndItsClickStopsWithNothingWritten)
