@@ -183,6 +183,24 @@ ClipboardKeeper::~ClipboardKeeper()
         m_before.Write();
 }
 
+namespace {
+
+std::wstring CurrentDirectory()
+{
+    wchar_t folder[MAX_PATH * 2] = {};
+    ::GetCurrentDirectoryW(static_cast<DWORD>(std::size(folder)), folder);
+    return folder;
+}
+
+} // namespace
+
+CurrentDirectoryKeeper::CurrentDirectoryKeeper() : m_before(CurrentDirectory()) {}
+
+CurrentDirectoryKeeper::~CurrentDirectoryKeeper()
+{
+    ::SetCurrentDirectoryW(m_before.c_str());
+}
+
 std::vector<std::wstring> WatchedRegistry()
 {
     std::vector<std::wstring> lines;
@@ -229,9 +247,7 @@ ProcessState ProcessState::Take(bool shared)
 {
     ProcessState state;
     state.settings = g_Settings;
-    wchar_t folder[MAX_PATH * 2] = {};
-    ::GetCurrentDirectoryW(static_cast<DWORD>(std::size(folder)), folder);
-    state.currentDirectory = folder;
+    state.currentDirectory = CurrentDirectory();
     state.shared = shared;
     if (shared) {
         state.clipboard = ClipboardContent::Read();

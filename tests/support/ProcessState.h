@@ -62,6 +62,20 @@ private:
     CSettings m_before;
 };
 
+// Puts the current directory back as it was at construction: for tests that
+// answer the editor's Open and Save As dialogs, which (as the system's file
+// dialogs do without OFN_NOCHANGEDIR) leave the process in the chosen folder.
+class CurrentDirectoryKeeper {
+public:
+    CurrentDirectoryKeeper();
+    ~CurrentDirectoryKeeper();
+    CurrentDirectoryKeeper(const CurrentDirectoryKeeper&) = delete;
+    CurrentDirectoryKeeper& operator=(const CurrentDirectoryKeeper&) = delete;
+
+private:
+    std::wstring m_before;
+};
+
 struct ProcessState {
     CSettings settings;
     std::wstring currentDirectory;

@@ -79,10 +79,12 @@ private:
 };
 
 class EditorFixture : public testing::Test {
-    // Put back after each test (after TearDown): the settings record, and
-    // the clipboard that the editor's copy and cut fill.
+    // Put back after each test (after TearDown): the settings record, the
+    // clipboard that the editor's copy and cut fill, and the current
+    // directory that its Open and Save As dialogs move.
     test::SettingsKeeper m_keepSettings;
     test::ClipboardKeeper m_keepClipboard;
+    test::CurrentDirectoryKeeper m_keepCurrentDirectory;
 
 protected:
     void SetUp() override
