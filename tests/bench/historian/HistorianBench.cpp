@@ -148,13 +148,22 @@ size_t BareOdbcRead(const std::wstring& connection, const std::wstring& sql)
         if (SQL_SUCCEEDED(::SQLExecDirectW(stmt, reinterpret_cast<SQLWCHAR*>(query.data()), SQL_NTS))) {
             SQLSMALLINT columns = 0;
             ::SQLNumResultCols(stmt, &columns);
-            static std::vector<BYTE> buffer(1 << 20);
+            // A 16 KiB chunk, then the rest of a longer value in one more call,
+            // as the program reads (a buffer of a megabyte for every column
+            // costs more under Wine than the data: its length is what moves).
+            std::vector<BYTE> chunk(16384);
+            std::vector<BYTE> rest;
             while (SQL_SUCCEEDED(::SQLFetch(stmt))) {
                 for (SQLUSMALLINT c = 1; c <= columns; ++c) {
                     SQLLEN indicator = 0;
-                    ::SQLGetData(stmt, c, SQL_C_BINARY, buffer.data(), static_cast<SQLLEN>(buffer.size()), &indicator);
-                    if (indicator > 0)
-                        bytes += static_cast<size_t>(indicator);
+                    ::SQLGetData(stmt, c, SQL_C_BINARY, chunk.data(), static_cast<SQLLEN>(chunk.size()), &indicator);
+                    if (indicator <= 0)
+                        continue;
+                    bytes += static_cast<size_t>(indicator);
+                    if (static_cast<size_t>(indicator) > chunk.size()) {
+                        rest.resize(static_cast<size_t>(indicator) - chunk.size());
+                        ::SQLGetData(stmt, c, SQL_C_BINARY, rest.data(), static_cast<SQLLEN>(rest.size()), &indicator);
+                    }
                 }
             }
         }
