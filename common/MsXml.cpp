@@ -4,6 +4,7 @@
 
 #include "common/Bstr.h"
 #include "common/Exception.h"
+#include "common/ReplacingFile.h"
 #include "common/Variant.h"
 
 // Identifiers that MinGW declares but does not define.
@@ -40,7 +41,11 @@ void SaveDocumentReplacing(IXMLDOMDocument* document, const std::wstring& path,
     const DWORD attributes = ::GetFileAttributesW(path.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
         throw CException(HResultFromWin32(ERROR_ACCESS_DENIED), failureSource);
-    const std::wstring temporary = path + L".saving";
+    // The document is saved over an empty file reserved beside the target
+    // under a name no file had, so no file of the user's is replaced.
+    std::wstring temporary;
+    if (!CReplacingFile::CreateTemporaryBeside(path, temporary))
+        throw CException(LastErrorAsHResult(), failureSource);
     CVariant target(temporary);
     HRESULT hr = document->save(target);
     if (FAILED(hr)) {

@@ -7,17 +7,49 @@
 namespace CL {
 
 namespace {
+
 constexpr size_t kBufferSize = 1 << 20;
+constexpr int kNameTries = 100;
+
+// A number that differs between processes and between calls of one.
+unsigned NameNumber()
+{
+    static LONG calls = 0;
+    LARGE_INTEGER now = {};
+    ::QueryPerformanceCounter(&now);
+    return static_cast<unsigned>(now.QuadPart) ^ (::GetCurrentProcessId() << 16) ^
+           static_cast<unsigned>(::InterlockedIncrement(&calls)) * 2654435761u;
+}
+
+} // namespace
+
+UniqueFileHandle CReplacingFile::CreateTemporaryBeside(const std::wstring& target, std::wstring& path)
+{
+    // CREATE_NEW: a file of the chosen name is never touched, whoever made
+    // it; another name is tried instead.
+    for (int attempt = 0; attempt < kNameTries; ++attempt) {
+        wchar_t number[16] = {};
+        ::wsprintfW(number, L"%08x", NameNumber());
+        path = target + L"." + number + L".saving";
+        UniqueFileHandle file(
+            ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (file)
+            return file;
+        const DWORD error = ::GetLastError();
+        if (error != ERROR_FILE_EXISTS && error != ERROR_ALREADY_EXISTS)
+            break;
+    }
+    path.clear();
+    return UniqueFileHandle();
 }
 
 CReplacingFile::CReplacingFile(const std::wstring& target, const wchar_t* failureSource)
-    : m_target(target), m_temporary(target + L".saving"), m_failureSource(failureSource)
+    : m_target(target), m_failureSource(failureSource)
 {
     const DWORD attributes = ::GetFileAttributesW(target.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
         Fail(HResultFromWin32(ERROR_ACCESS_DENIED));
-    m_file.reset(::CreateFileW(m_temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
-                               nullptr));
+    m_file = CreateTemporaryBeside(target, m_temporary);
     if (!m_file)
         Fail(LastErrorAsHResult());
     m_buffer.reserve(kBufferSize);

@@ -1,5 +1,7 @@
 #pragma once
-// CReplacingFile: a file written beside its target ("<target>.saving") and
+// CReplacingFile: a file written beside its target, under a name made
+// unique in the target's folder ("<target>.<number>.saving", a file of that
+// name is never replaced), and
 // moved over the target only by Commit, so that work that fails or is
 // cancelled halfway leaves no partial file and the target as it was. Writes
 // are buffered. A read-only target is refused when the file is opened, as a
@@ -26,6 +28,11 @@ public:
     // Writes what is buffered, closes the file and moves it over the target.
     void Commit();
     const std::wstring& TemporaryPath() const { return m_temporary; }
+
+    // Creates a new empty file beside the target under a name no file has
+    // (path), open for writing; an empty handle (last error set) when none
+    // could be made.
+    static UniqueFileHandle CreateTemporaryBeside(const std::wstring& target, std::wstring& path);
 
 private:
     void Flush();

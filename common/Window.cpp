@@ -3,6 +3,7 @@
 #include "common/ui/AccessibleName.h"
 #include "common/ui/ContextMenuKeys.h"
 #include "common/ui/Dpi.h"
+#include "common/ui/DpiFonts.h"
 
 namespace CL {
 
@@ -91,8 +92,14 @@ LRESULT CALLBACK CWindow::StaticWindowProc(HWND hwnd, UINT message, WPARAM wPara
     }
     if (!self)
         return ::DefWindowProcW(hwnd, message, wParam, lParam);
+    // Fonts first: the layout that follows measures texts in them.
+    if (message == WM_CREATE && !(reinterpret_cast<CREATESTRUCTW*>(lParam)->style & WS_CHILD))
+        CDpiFonts::Start(hwnd);
+    else if (message == WM_DPICHANGED && !(::GetWindowLongW(hwnd, GWL_STYLE) & WS_CHILD))
+        CDpiFonts::OnDpiChanged(hwnd, LOWORD(wParam));
     const LRESULT result = self->WindowProc(message, wParam, lParam);
     if (message == WM_NCDESTROY) {
+        CDpiFonts::Forget(hwnd);
         ::SetWindowLongPtrW(hwnd, GWLP_USERDATA, 0);
         self->m_hwnd = nullptr;
         self->OnFinalMessage();
@@ -164,13 +171,19 @@ INT_PTR CALLBACK CDialog::StaticDialogProc(HWND hwnd, UINT message, WPARAM wPara
         // OnInitDialog may name some otherwise.
         CAccessibleName::SetFromLabels(hwnd);
         EnableContextMenuKeysOfChildren(hwnd);
+        if (!(::GetWindowLongW(hwnd, GWL_STYLE) & WS_CHILD))
+            CDpiFonts::Start(hwnd);
     } else {
         self = reinterpret_cast<CDialog*>(::GetWindowLongPtrW(hwnd, DWLP_USER));
     }
     if (!self)
         return FALSE;
+    // Fonts first: the layout that follows measures texts in them.
+    if (message == WM_DPICHANGED && !(::GetWindowLongW(hwnd, GWL_STYLE) & WS_CHILD))
+        CDpiFonts::OnDpiChanged(hwnd, LOWORD(wParam));
     const INT_PTR result = self->DialogProc(message, wParam, lParam);
     if (message == WM_NCDESTROY) {
+        CDpiFonts::Forget(hwnd);
         ::SetWindowLongPtrW(hwnd, DWLP_USER, 0);
         self->m_hwnd = nullptr;
         self->OnFinalMessage();

@@ -31,6 +31,7 @@ struct CSettings {
     long DbDeletePercent = 50;
 
     CSettings();
+    bool operator==(const CSettings&) const = default;
 };
 
 namespace CL {

@@ -1,15 +1,19 @@
 #include "config/SettingsApply.h"
 
 #include "common/DiagnosticLog.h"
+#include "common/Exception.h"
 #include "common/Text.h"
 #include "config/SettingsApplyTrail.h"
 
 namespace {
 
 // A change that failed after writing its backup, until a change of the same
-// folder succeeds: the backup, and whether the service ran before it began
-// (the failed change may have stopped it; the one that succeeds starts it).
+// folder succeeds: the settings it put in, the backup, and whether the
+// service ran before it began (the failed change may have stopped it; the
+// one that succeeds starts it). Only a retry of that change (the same
+// settings) keeps its backup; any other change backs up the file it replaces.
 struct UnfinishedChange {
+    CSettings settings;
     std::wstring backup;
     bool serviceWasRunning = false;
 };
@@ -44,7 +48,9 @@ CSettingsApply::CSettingsApply(CL::IServerControl& server, std::wstring installa
 
 std::wstring CSettingsApply::Apply(const CSettings& newSettings)
 {
-    const UnfinishedChange unfinished = UnfinishedChangeIn(m_folder);
+    UnfinishedChange unfinished = UnfinishedChangeIn(m_folder);
+    if (!(unfinished.settings == newSettings))
+        unfinished.backup.clear();   // not a retry: this change backs up the file on disk
     CSettingsApplyTrail trail(unfinished.backup.empty() ? CL::Narrow(m_folder + CL::kSettingsFileName) + " (unchanged)"
                                                         : CL::Narrow(unfinished.backup));
     try {
@@ -59,7 +65,8 @@ std::wstring CSettingsApply::Apply(const CSettings& newSettings)
         StopService(trail, oldService);
         RunServer(trail, L" /u");
         const std::wstring backup =
-            unfinished.backup.empty() ? WriteBackup(trail, wasRunning) : KeepBackup(trail, unfinished.backup);
+            unfinished.backup.empty() ? WriteBackup(trail, newSettings, wasRunning)
+                                      : KeepBackup(trail, unfinished.backup);
         SaveNewSettings(trail, newSettings);
         RunServer(trail, L" /i");
         if (wasRunning)
@@ -107,14 +114,34 @@ void CSettingsApply::RunServer(CSettingsApplyTrail& trail, const wchar_t* argume
     trail.Done(CL::Narrow(commandLine) + " ran (exit code " + std::to_string(exitCode) + ")");
 }
 
-std::wstring CSettingsApply::WriteBackup(CSettingsApplyTrail& trail, bool serviceWasRunning)
+// The settings the change replaces: those of the file on disk, which after
+// an abandoned failed change may differ from the record; the record when
+// there is no readable file.
+CSettings CSettingsApply::SettingsOnDisk() const
+{
+    const std::wstring file = m_folder + CL::kSettingsFileName;
+    const DWORD attributes = ::GetFileAttributesW(file.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY))
+        return g_Settings;
+    CSettings onDisk = g_Settings;
+    try {
+        LoadSettingsFrom(file, onDisk);
+    } catch (const CL::CException& e) {
+        Log(1, "The settings file " + CL::Narrow(file) + " cannot be read (" + CL::Narrow(e.Text()) +
+                   "); the backup holds the settings of the program" + MV_POS());
+        return g_Settings;
+    }
+    return onDisk;
+}
+
+std::wstring CSettingsApply::WriteBackup(CSettingsApplyTrail& trail, const CSettings& change, bool serviceWasRunning)
 {
     SYSTEMTIME utc;
     ::GetSystemTime(&utc);
     const std::wstring backup = m_folder + BackupSettingsFileName(utc);
     trail.Begin("the backup of the settings in force to " + CL::Narrow(backup));
-    SaveSettingsTo(backup, g_Settings);
-    g_unfinished = {backup, serviceWasRunning};
+    SaveSettingsTo(backup, SettingsOnDisk());
+    g_unfinished = {change, backup, serviceWasRunning};
     trail.PreviousSettingsAt(CL::Narrow(backup));
     trail.Done("backup written to " + CL::Narrow(backup));
     Log(2, "Previous settings saved in " + CL::Narrow(backup) + MV_POS());

@@ -27,19 +27,23 @@ public:
     CSettingsApply(CL::IServerControl& server, std::wstring installationFolder);
 
     // Applies newSettings to g_Settings and the server; returns the backup
-    // file's full path. When an earlier change of this folder failed after
+    // file's full path; the backup holds the settings file on disk that the
+    // change replaces. When an earlier change of this folder failed after
     // its backup was written (the record then already holds that change's
-    // settings), that backup still holds the settings in force before the
-    // change: it is kept and returned instead of being overwritten by a
-    // backup of settings that never went into force; and the service is
-    // started at the end when it ran before that change began.
+    // settings) and this is a retry of it (the same settings), that backup
+    // still holds the settings in force before the change: it is kept and
+    // returned instead of being overwritten by a backup of settings that
+    // never went into force. Any other change writes its own backup. Either
+    // way the service is started at the end when it ran before the failed
+    // change began (that change stopped it, not the administrator).
     std::wstring Apply(const CSettings& newSettings);
 
 private:
     void StopService(CSettingsApplyTrail& trail, const std::wstring& name);
     void StartService(CSettingsApplyTrail& trail, const std::wstring& name);
     void RunServer(CSettingsApplyTrail& trail, const wchar_t* argument);
-    std::wstring WriteBackup(CSettingsApplyTrail& trail, bool serviceWasRunning);
+    CSettings SettingsOnDisk() const;
+    std::wstring WriteBackup(CSettingsApplyTrail& trail, const CSettings& change, bool serviceWasRunning);
     static std::wstring KeepBackup(CSettingsApplyTrail& trail, const std::wstring& backup);
     void SaveNewSettings(CSettingsApplyTrail& trail, const CSettings& newSettings);
 

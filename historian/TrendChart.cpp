@@ -435,12 +435,14 @@ std::wstring CTrendChart::AskPngFile() const
                                L"png", PictureFileName(m_itemId));
 }
 
-// The renderer with the parent's font and the window's DPI (again after
-// the window moved to a monitor of another DPI, as the parent's font did).
+// The renderer with the chart's font (at first the parent's) and the
+// window's DPI; made again when the window layer hands the chart the font
+// of a new DPI (WM_SETFONT), as it does to every control.
 void CTrendChart::MakeRenderer()
 {
-    m_renderer = std::make_unique<CTrendRenderer>(
-        reinterpret_cast<HFONT>(::SendMessageW(::GetParent(Hwnd()), WM_GETFONT, 0, 0)));
+    if (!m_font)
+        m_font = reinterpret_cast<HFONT>(::SendMessageW(::GetParent(Hwnd()), WM_GETFONT, 0, 0));
+    m_renderer = std::make_unique<CTrendRenderer>(m_font);
     m_renderer->SetDpi(CDpi::Of(Hwnd()).Value());
 }
 
@@ -452,6 +454,17 @@ LRESULT CTrendChart::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
     switch (message) {
     case WM_PAINT:
         RunReported([this] { OnPaint(); });
+        return 0;
+    case WM_GETFONT:
+        return reinterpret_cast<LRESULT>(m_font);
+    case WM_SETFONT:
+        RunReported([&] {
+            m_font = reinterpret_cast<HFONT>(wParam);
+            MakeRenderer();
+            m_layoutValid = false;
+            if (LOWORD(lParam))
+                ::InvalidateRect(Hwnd(), nullptr, FALSE);
+        });
         return 0;
     case WM_PRINTCLIENT:
         RunReported([&] { OnPrintClient(reinterpret_cast<HDC>(wParam)); });

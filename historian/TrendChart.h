@@ -108,6 +108,7 @@ private:
     SIZE PictureSize() const;
 
     std::unique_ptr<CTrendRenderer> m_renderer;
+    HFONT m_font = nullptr;   // the texts' font (WM_SETFONT); the parent's until one is set
     CTrendSeries m_series;
     std::wstring m_itemId;
     std::wstring m_message;

@@ -31,6 +31,8 @@ constexpr wchar_t kNothingSelected[] = L"Nothing is selected";
 constexpr wchar_t kClearQuestion[] = L"Are you sure you wish to clear the database?";
 constexpr wchar_t kDeleteQuestion[] = L"Are you sure you wish to delete permanently all those values?";
 constexpr wchar_t kExportCaption[] = L"Export values of the selected items";
+constexpr wchar_t kReadingText[] = L"Reading the archived items... (Esc cancels)";
+constexpr wchar_t kCancelledText[] = L"Cancelled: nothing was read";
 
 } // namespace
 
@@ -55,6 +57,9 @@ HWND CdlgDBExplorer::Create()
     if (window) {
         const CL::CDpi dpi = CL::CDpi::Of(window);
         ::SetWindowPos(window, nullptr, 0, 0, dpi.Scale(720), dpi.Scale(460), SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+        // Shown before the first read, so that its progress can be seen.
+        ::ShowWindow(window, SW_SHOWNORMAL);
+        Refresh();
     }
     return window;
 }
@@ -167,7 +172,6 @@ LRESULT CdlgDBExplorer::OnCreate()
     });
     if (!created)
         return -1;
-    Refresh();
     return 0;
 }
 
@@ -271,13 +275,31 @@ void CdlgDBExplorer::OnCommand(WORD id)
     }
 }
 
+// The summary of a large database takes seconds (a cold one of 10^8 values
+// took up to 8 s): the status bar says so at once, then counts the items
+// read; Esc or Cancel stops the read and leaves the list empty.
 void CdlgDBExplorer::Refresh()
 {
     CL::RunReported([this] {
         CL::CWaitCursor wait;
         m_rows.Clear();
         m_list.Reset();
-        m_rows.Assign(m_historian.ReadSummary());
+        m_bars.SetStatusText(kReadingText);
+        ::UpdateWindow(Hwnd());
+        std::vector<CL::CHistorianSummaryEntry> summary;
+        try {
+            CL::CWorkProgress progress(
+                Hwnd(), [this](const std::wstring& text) { m_bars.SetStatusText(text); }, m_cancel);
+            summary = m_historian.ReadSummary([&](size_t done) {
+                progress.Step([done] {
+                    return CL::Format(L"%u archived item(s) read... (Esc cancels)", static_cast<unsigned>(done));
+                });
+            });
+        } catch (const CL::CWorkCancelled&) {
+            m_bars.SetIdleText(kCancelledText);
+            return;
+        }
+        m_rows.Assign(std::move(summary));
         m_list.Reset();
         m_list.SetSortIndicator(CL::CDBExplorerRows::kItemId, true);
         ShowCount();

@@ -41,7 +41,10 @@ std::wstring ExportFileName(const std::wstring& itemId)
 }
 
 constexpr wchar_t kCancelledText[] = L"Cancelled: nothing was read";
+constexpr wchar_t kStoppedEarlyFormat[] =
+    L"The read stopped early (see the log): the %u value(s) read before were saved";
 constexpr double kMillisecond = 1.0 / 86400000.0;
+constexpr DATE kLastDate = 2958465.0;   // 31.12.9999, the last day a DATE shows
 
 DATE FileTimeToDate(const FILETIME& time)
 {
@@ -315,7 +318,8 @@ void CdlgHistData::ReadControls()
 std::unique_ptr<CL::CWorkProgress> CdlgHistData::StartProgress()
 {
     return std::make_unique<CL::CWorkProgress>(
-        Hwnd(), [this](const std::wstring& text) { SetStatus(text); }, GetDlgItem(IDC_HISTDATA_CANCEL));
+        Hwnd(), [this](const std::wstring& text) { SetStatus(text); }, GetDlgItem(IDC_HISTDATA_CANCEL),
+        [this] { return CL::WindowText(GetDlgItem(IDC_HISTDATA_STATUS)); });
 }
 
 void CdlgHistData::SetStatus(const std::wstring& text)
@@ -324,18 +328,23 @@ void CdlgHistData::SetStatus(const std::wstring& text)
 }
 
 // The values within the controls' period, read with the progress shown.
-// The whole last second shown is inside the period.
-CL::CHistorianValues CdlgHistData::Read()
+// The whole last second shown is inside the period. A read that fails
+// part way is logged by the historian and keeps what was read before
+// (stoppedEarly tells).
+CL::CHistorianValues CdlgHistData::Read(bool& stoppedEarly)
 {
     ReadControls();
     const DATE fromUtc = CL::LocalToUtcDate(m_from);
     const DATE toUtc = CL::LocalToUtcDate(m_to + CL::kOneSecond);
     CL::CHistorianValues values;
     const std::unique_ptr<CL::CWorkProgress> progress = StartProgress();
-    m_historian.ReadRangeChecked(m_itemId, m_useFrom == BST_CHECKED, fromUtc, m_useTo == BST_CHECKED, toUtc,
-                                 m_maxCount, values, [&](size_t done) {
-                                     progress->Step([done] { return CL::Format(L"%u value(s) read...", static_cast<unsigned>(done)); });
-                                 });
+    m_historian.ReadRange(m_itemId, m_useFrom == BST_CHECKED, fromUtc, m_useTo == BST_CHECKED, toUtc, m_maxCount,
+                          values, false,
+                          [&](size_t done) {
+                              progress->Step(
+                                  [done] { return CL::Format(L"%u value(s) read...", static_cast<unsigned>(done)); });
+                          },
+                          &stoppedEarly);
     return values;
 }
 
@@ -440,7 +449,12 @@ std::shared_ptr<const CL::CHistorianValues> CdlgHistData::ReadAfterShown(CL::CWo
     }
     if (sameAsLast == shown.Size())
         sameAsLast += m_sameTimeBefore;   // the whole page was at that time
-    const DATE toUtc = CL::LocalToUtcDate(m_to + CL::kOneSecond);
+    // The read's lower bound is always set here, and a set lower bound
+    // limits the runs to those starting by the upper bound, set or not. With
+    // neither box checked "Show data" had no such limit: the next page has
+    // none either (a bound after every value), so it reaches every value.
+    const bool unbounded = m_useFrom != BST_CHECKED && m_useTo != BST_CHECKED;
+    const DATE toUtc = unbounded ? kLastDate : CL::LocalToUtcDate(m_to + CL::kOneSecond);
     const DWORD limit = m_maxCount + static_cast<DWORD>(inMargin + m_sameTimeBefore);
     CL::CHistorianValues read;
     const HRESULT result = m_historian.ReadRange(
@@ -526,7 +540,8 @@ void CdlgHistData::OnClickedOpenFile()
         CL::CWaitCursor wait;
         try {
             CL::CHistoryExporter exporter(path, CL::ExportFormatFor(path, filterIndex));
-            const CL::CHistorianValues values = Read();
+            bool stoppedEarly = false;
+            const CL::CHistorianValues values = Read(stoppedEarly);
             const std::unique_ptr<CL::CWorkProgress> progress = StartProgress();
             const size_t total = values.Size();
             exporter.Add(m_itemId, values, [&](size_t done) {
@@ -535,6 +550,8 @@ void CdlgHistData::OnClickedOpenFile()
                 });
             });
             exporter.Commit();
+            if (stoppedEarly)
+                SetStatus(CL::Format(kStoppedEarlyFormat, static_cast<unsigned>(total)));
         } catch (const CL::CWorkCancelled&) {
             SetStatus(L"Cancelled: nothing was saved");
         }

@@ -84,8 +84,9 @@ private:
     void ArrangeChart();
     void OnSplitBarDrag(int top);
     // Reads the controls into the dialog's state and the item's values
-    // within them from the historian.
-    CL::CHistorianValues Read();
+    // within them from the historian; stoppedEarly when the read failed
+    // part way (what was read before is kept).
+    CL::CHistorianValues Read(bool& stoppedEarly);
     // Reads the controls into the dialog's state.
     void ReadControls();
     // Shows the values read (rows, chart, status and what follows them).

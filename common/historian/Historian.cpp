@@ -132,10 +132,12 @@ void CHistorian::Execute(IDbConnection& connection, const std::wstring& sql) con
 
 HRESULT CHistorian::ReadRange(const std::wstring& itemId, bool hasFrom, double from, bool hasTo, double to,
                               DWORD maxCount, CHistorianValues& out, bool includeMemoryRun,
-                              const ReadProgress& progress)
+                              const ReadProgress& progress, bool* stoppedEarly)
 {
     out.Clear();
-    if (!ReadStored(itemId, hasFrom, from, hasTo, to, maxCount, out, progress, false))
+    if (stoppedEarly)
+        *stoppedEarly = false;
+    if (!ReadStored(itemId, hasFrom, from, hasTo, to, maxCount, out, progress, false, stoppedEarly))
         return kMoreData;
     if (includeMemoryRun) {
         CCriticalSection::Lock guard(m_lock);
@@ -156,7 +158,8 @@ HRESULT CHistorian::ReadRangeChecked(const std::wstring& itemId, bool hasFrom, d
 }
 
 bool CHistorian::ReadStored(const std::wstring& itemId, bool hasFrom, double from, bool hasTo, double to,
-                            DWORD maxCount, CHistorianValues& out, const ReadProgress& progress, bool passOn) const
+                            DWORD maxCount, CHistorianValues& out, const ReadProgress& progress, bool passOn,
+                            bool* failed) const
 {
     try {
         const std::unique_ptr<IDbConnection> connection = OpenConnection();
@@ -169,6 +172,8 @@ bool CHistorian::ReadStored(const std::wstring& itemId, bool hasFrom, double fro
             Log(1, kFailedToReadDb);
         if (passOn)
             throw;
+        if (failed)
+            *failed = true;
     }
     return true;
 }
@@ -211,7 +216,7 @@ bool CHistorian::ReadRows(IDbConnection& connection, const std::wstring& itemId,
     return true;
 }
 
-std::vector<CHistorianSummaryEntry> CHistorian::ReadSummary()
+std::vector<CHistorianSummaryEntry> CHistorian::ReadSummary(const ReadProgress& progress)
 {
     const std::unique_ptr<IDbConnection> connection = OpenConnection();
     const std::wstring sql = CHistorianSql(CHistorianSql::DialectOf(connection->DbmsName())).SummaryQuery();
@@ -220,6 +225,8 @@ std::vector<CHistorianSummaryEntry> CHistorian::ReadSummary()
     std::vector<CHistorianSummaryEntry> summary;
     const std::unique_ptr<IDbRecordset> recordset = connection->Query(sql);
     for (; !recordset->IsEof(); recordset->MoveNext()) {
+        if (progress)
+            progress(summary.size());
         CHistorianSummaryEntry entry;
         const CVariant id = FieldAs(*recordset, L"a", VT_BSTR);
         entry.itemId.assign(id.bstrVal, ::SysStringLen(id.bstrVal));

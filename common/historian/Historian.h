@@ -70,9 +70,11 @@ public:
     // values were delivered, kNoData when none, kMoreData when the maximum
     // stopped the read. Never throws for database or record faults: they
     // are logged and the read goes on.
+    // stoppedEarly (when given) tells whether the read failed part way: it
+    // was logged and what was read before it is in out.
     HRESULT ReadRange(const std::wstring& itemId, bool hasFrom, double from, bool hasTo, double to,
                       DWORD maxCount, CHistorianValues& out, bool includeMemoryRun = false,
-                      const ReadProgress& progress = {});
+                      const ReadProgress& progress = {}, bool* stoppedEarly = nullptr);
     // The same read for work that must not go on with part of the values
     // (exports): a failure of the whole read (the database gone, a query
     // that fails) reaches the caller after it is logged. Faults of single
@@ -81,7 +83,9 @@ public:
                              DWORD maxCount, CHistorianValues& out, const ReadProgress& progress = {});
 
     // One entry per archived item, in the database's order of item IDs.
-    std::vector<CHistorianSummaryEntry> ReadSummary();
+    // progress (when given) is called before each row with the entries read
+    // so far; it may throw CWorkCancelled to stop the read.
+    std::vector<CHistorianSummaryEntry> ReadSummary(const ReadProgress& progress = {});
 
     // Removes every row.
     void DeleteAll();
@@ -107,10 +111,11 @@ private:
     std::unique_ptr<IDbConnection> OpenConnection() const;
     void Execute(IDbConnection& connection, const std::wstring& sql) const;
     // The stored runs of a range read; a failure of the whole read is
-    // logged ("Failed to read DB") and then passed on when passOn is set.
-    // False when the maximum stopped the read.
+    // logged ("Failed to read DB") and then passed on when passOn is set,
+    // else noted in *failed (when given). False when the maximum stopped the
+    // read.
     bool ReadStored(const std::wstring& itemId, bool hasFrom, double from, bool hasTo, double to, DWORD maxCount,
-                    CHistorianValues& out, const ReadProgress& progress, bool passOn) const;
+                    CHistorianValues& out, const ReadProgress& progress, bool passOn, bool* failed = nullptr) const;
     bool ReadRows(IDbConnection& connection, const std::wstring& itemId, bool hasFrom, double from, bool hasTo,
                   double to, DWORD maxCount, CHistorianValues& out, const ReadProgress& progress) const;
     void SaveCachesLocked();

@@ -6,21 +6,46 @@
 #include <memory>
 
 #include "common/ui/AnnotatedAccessible.h"
+#include "common/ui/ControlHook.h"
 
 namespace CL {
 
 namespace {
 
-constexpr UINT_PTR kSubclassId = 0x4E414D45;   // 'NAME'
-// The annotation is found again through a window property: MinGW's comctl32
-// import library has no GetWindowSubclass.
-constexpr wchar_t kProperty[] = L"MorvaneAccessibleName";
+constexpr UINT_PTR kHookKind = 0x4E414D45;   // 'NAME'
 
-// What a control says of itself, kept with the control until it is destroyed.
-struct Annotation {
+// What a control says of itself, kept with the control until it is
+// destroyed. The accessible objects handed out hold it weakly: a screen
+// reader keeps them after the window is gone, and they then answer that
+// they are disconnected.
+class Annotation final : public IControlHandler, public std::enable_shared_from_this<Annotation> {
+public:
     std::wstring name;
     HWND label = nullptr;
     std::wstring description;
+
+    bool OnMessage(HWND control, UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) override
+    {
+        // lParam is a 32-bit object ID, sign-extended or not.
+        if (message != WM_GETOBJECT || static_cast<LONG>(static_cast<DWORD>(lParam)) != OBJID_CLIENT)
+            return false;
+        const std::weak_ptr<Annotation> self = weak_from_this();
+        IAccessible* object = CAnnotatedAccessible::Create(
+            control, self,
+            [self] {
+                const auto annotation = self.lock();
+                return annotation ? annotation->Name() : std::wstring();
+            },
+            [self] {
+                const auto annotation = self.lock();
+                return annotation ? annotation->description : std::wstring();
+            });
+        if (!object)
+            return false;
+        *result = ::LresultFromObject(__uuidof(IAccessible), wParam, object);
+        object->Release();
+        return true;
+    }
 
     // The label's text, or the name when there is no label or it is empty.
     std::wstring Name() const
@@ -31,6 +56,7 @@ struct Annotation {
         return text.empty() ? name : text;
     }
 
+private:
     std::wstring LabelText() const
     {
         const int length = ::GetWindowTextLengthW(label);
@@ -49,49 +75,15 @@ struct Annotation {
     }
 };
 
-LRESULT CALLBACK AnnotatedProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR data)
-{
-    auto* annotation = reinterpret_cast<Annotation*>(data);
-    switch (message) {
-    case WM_GETOBJECT:
-        // lParam is a 32-bit object ID, sign-extended or not.
-        if (static_cast<LONG>(static_cast<DWORD>(lParam)) == OBJID_CLIENT) {
-            IAccessible* object = CAnnotatedAccessible::Create(
-                window, [annotation] { return annotation->Name(); },
-                [annotation] { return annotation->description; });
-            if (object) {
-                const LRESULT result = ::LresultFromObject(__uuidof(IAccessible), wParam, object);
-                object->Release();
-                return result;
-            }
-        }
-        break;
-    case WM_NCDESTROY:
-        ::RemoveWindowSubclass(window, AnnotatedProc, kSubclassId);
-        ::RemovePropW(window, kProperty);
-        delete annotation;
-        break;
-    default:
-        break;
-    }
-    return ::DefSubclassProc(window, message, wParam, lParam);
-}
-
-// The control's annotation, made and attached on first use.
-Annotation* AnnotationOf(HWND control)
+// The control's annotation, made and put in front of the control on first use.
+std::shared_ptr<Annotation> AnnotationOf(HWND control)
 {
     if (!control)
         return nullptr;
-    if (auto* annotation = static_cast<Annotation*>(::GetPropW(control, kProperty)))
-        return annotation;
-    auto annotation = std::make_unique<Annotation>();
-    if (!::SetPropW(control, kProperty, annotation.get()))
-        return nullptr;
-    if (!::SetWindowSubclass(control, AnnotatedProc, kSubclassId, reinterpret_cast<DWORD_PTR>(annotation.get()))) {
-        ::RemovePropW(control, kProperty);
-        return nullptr;
-    }
-    return annotation.release();   // deleted on WM_NCDESTROY
+    if (auto existing = std::static_pointer_cast<Annotation>(CControlHook::Find(control, kHookKind)))
+        return existing;
+    auto annotation = std::make_shared<Annotation>();
+    return CControlHook::Set(control, kHookKind, annotation) ? annotation : nullptr;
 }
 
 bool IsNamedByLabel(HWND control)
@@ -126,7 +118,7 @@ bool IsLabel(HWND window)
 
 void CAccessibleName::Set(HWND control, const std::wstring& name)
 {
-    if (Annotation* annotation = AnnotationOf(control)) {
+    if (const auto annotation = AnnotationOf(control)) {
         annotation->name = name;
         annotation->label = nullptr;
     }
@@ -134,7 +126,7 @@ void CAccessibleName::Set(HWND control, const std::wstring& name)
 
 void CAccessibleName::SetLabel(HWND control, HWND label, const std::wstring& whenEmpty)
 {
-    if (Annotation* annotation = AnnotationOf(control)) {
+    if (const auto annotation = AnnotationOf(control)) {
         annotation->label = label;
         annotation->name = whenEmpty;
     }
@@ -142,7 +134,7 @@ void CAccessibleName::SetLabel(HWND control, HWND label, const std::wstring& whe
 
 void CAccessibleName::SetDescription(HWND control, const std::wstring& description)
 {
-    if (Annotation* annotation = AnnotationOf(control))
+    if (const auto annotation = AnnotationOf(control))
         annotation->description = description;
 }
 
@@ -150,7 +142,7 @@ void CAccessibleName::SetFromLabels(HWND window)
 {
     HWND before = nullptr;
     for (HWND child = ::GetWindow(window, GW_CHILD); child; child = ::GetWindow(child, GW_HWNDNEXT)) {
-        const bool named = ::GetPropW(child, kProperty) != nullptr;
+        const bool named = CControlHook::Find(child, kHookKind) != nullptr;
         if (before && !named && IsNamedByLabel(child) && IsLabel(before))
             SetLabel(child, before);
         before = child;

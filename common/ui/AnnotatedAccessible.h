@@ -3,10 +3,16 @@
 // (CreateStdAccessibleObject), with the window's own name and description
 // in place of the ones the system guesses. Everything else (role, state,
 // value, children, navigation) is the system's object answering.
+//
+// A screen reader may keep the object after the window is gone. The object
+// holds what it reads from (the owner) weakly: once the owner is released
+// or the window destroyed, every call answers RPC_E_DISCONNECTED, the
+// answer that tells a client the object is gone.
 #include <windows.h>
 #include <oleacc.h>
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "common/ComPtr.h"
@@ -20,8 +26,9 @@ public:
     using TextSource = std::function<std::wstring()>;
 
     // The object for the window's client area, or nullptr when the system
-    // has none; the reference is the caller's.
-    static IAccessible* Create(HWND window, TextSource name, TextSource description);
+    // has none; the reference is the caller's. The texts are read only
+    // while the owner lives.
+    static IAccessible* Create(HWND window, std::weak_ptr<const void> owner, TextSource name, TextSource description);
 
     // IUnknown
     STDMETHODIMP QueryInterface(REFIID riid, void** object) override;
@@ -64,15 +71,20 @@ public:
     STDMETHODIMP ContextSensitiveHelp(BOOL enter) override;
 
 private:
-    CAnnotatedAccessible(HWND window, ComPtr<IAccessible> system, TextSource name, TextSource description);
+    CAnnotatedAccessible(HWND window, std::weak_ptr<const void> owner, ComPtr<IAccessible> system, TextSource name,
+                         TextSource description);
     ~CAnnotatedAccessible() = default;
 
+    // The window or the owner of the texts is gone.
+    bool Gone() const;
+    static HRESULT Disconnected(BSTR* text);
     static bool IsSelf(const VARIANT& child);
     // The source's text as a new BSTR; S_FALSE when it is empty.
     static HRESULT Answer(const TextSource& source, BSTR* text);
 
     LONG m_refCount = 1;
     HWND m_window;
+    std::weak_ptr<const void> m_owner;
     ComPtr<IAccessible> m_system;
     TextSource m_name;
     TextSource m_description;

@@ -1,47 +1,45 @@
 #include "common/ui/ContextMenuKeys.h"
 
-#include <commctrl.h>
+#include <memory>
+
+#include "common/ui/ControlHook.h"
 
 namespace CL {
 
 namespace {
 
-constexpr UINT_PTR kSubclassId = 0x4B4D4E55;   // 'KMNU'
+constexpr UINT_PTR kHookKind = 0x4B4D4E55;   // 'KMNU'
 
 void AskForMenu(HWND control)
 {
     ::SendMessageW(control, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(control), static_cast<LPARAM>(-1));
 }
 
-LRESULT CALLBACK KeysProc(HWND control, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id, DWORD_PTR)
-{
-    switch (message) {
-    case WM_KEYDOWN:
-        // The context-menu key asks on its release, as Windows does; its
-        // press and release go no further, so the request comes once.
-        if (wParam == VK_APPS)
-            return 0;
-        break;
-    case WM_KEYUP:
-        if (wParam == VK_APPS) {
+class MenuKeys final : public IControlHandler {
+public:
+    bool OnMessage(HWND control, UINT message, WPARAM wParam, LPARAM, LRESULT* result) override
+    {
+        *result = 0;
+        switch (message) {
+        case WM_KEYDOWN:
+            // The context-menu key asks on its release, as Windows does; its
+            // press and release go no further, so the request comes once.
+            return wParam == VK_APPS;
+        case WM_KEYUP:
+            if (wParam != VK_APPS)
+                return false;
             AskForMenu(control);
-            return 0;
-        }
-        break;
-    case WM_SYSKEYDOWN:
-        if (wParam == VK_F10 && ::GetKeyState(VK_SHIFT) < 0) {
+            return true;
+        case WM_SYSKEYDOWN:
+            if (wParam != VK_F10 || ::GetKeyState(VK_SHIFT) >= 0)
+                return false;
             AskForMenu(control);
-            return 0;
+            return true;
+        default:
+            return false;
         }
-        break;
-    case WM_NCDESTROY:
-        ::RemoveWindowSubclass(control, KeysProc, id);
-        break;
-    default:
-        break;
     }
-    return ::DefSubclassProc(control, message, wParam, lParam);
-}
+};
 
 BOOL CALLBACK EnableChild(HWND child, LPARAM)
 {
@@ -53,9 +51,9 @@ BOOL CALLBACK EnableChild(HWND child, LPARAM)
 
 void EnableContextMenuKeys(HWND control)
 {
-    // Setting the same procedure and id again only replaces its data, so a
-    // control enabled twice asks once.
-    ::SetWindowSubclass(control, KeysProc, kSubclassId, 0);
+    // A control enabled twice keeps one handler, so it asks once.
+    if (!CControlHook::Find(control, kHookKind))
+        CControlHook::Set(control, kHookKind, std::make_shared<MenuKeys>());
 }
 
 void EnableContextMenuKeysOfChildren(HWND window)

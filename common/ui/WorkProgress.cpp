@@ -22,15 +22,27 @@ void CWorkProgress::SetStepObserver(std::function<void()> observer)
     g_stepObserver = std::move(observer);
 }
 
-CWorkProgress::CWorkProgress(HWND window, std::function<void(const std::wstring&)> showText, HWND cancelButton)
-    : m_window(window), m_showText(std::move(showText)), m_cancel(cancelButton), m_start(Clock::now())
+CWorkProgress::CWorkProgress(HWND window, std::function<void(const std::wstring&)> showText, HWND cancelButton,
+                             std::function<std::wstring()> shownText)
+    : m_window(window),
+      m_showText(std::move(showText)),
+      m_cancel(cancelButton),
+      m_shownText(std::move(shownText)),
+      m_start(Clock::now())
 {
+    if (m_shownText)
+        m_textBefore = m_shownText();
 }
 
 CWorkProgress::~CWorkProgress()
 {
-    if (m_cancel && m_shown)
+    if (!m_shown)
+        return;
+    if (m_cancel)
         ::ShowWindow(m_cancel, SW_HIDE);
+    // The progress text goes; a result the work showed meanwhile stays.
+    if (m_showText && m_shownText && m_shownText() == m_lastText)
+        m_showText(m_textBefore);
 }
 
 bool CWorkProgress::IsOurs(HWND hwnd) const
@@ -53,8 +65,10 @@ void CWorkProgress::Step(const std::function<std::wstring()>& text)
             ::ShowWindow(m_cancel, SW_SHOWNA);
     }
     m_lastDrawn = now;
-    if (m_showText)
-        m_showText(text());
+    if (m_showText) {
+        m_lastText = text();
+        m_showText(m_lastText);
+    }
     // The new text and button appear now, not when the work is over.
     ::RedrawWindow(m_window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
 }

@@ -22,8 +22,12 @@ public:
 
     // window: the window doing the work (input for it and its children is
     // looked at); showText: shows a progress text (the window's status
-    // area); cancelButton: shown while the work runs long, may be NULL.
-    CWorkProgress(HWND window, std::function<void(const std::wstring&)> showText, HWND cancelButton = nullptr);
+    // area); cancelButton: shown while the work runs long, may be NULL;
+    // shownText: what the status area shows now. With it, the text shown
+    // before the work is put back when the object goes, unless the work put
+    // a text of its own there meanwhile (its result).
+    CWorkProgress(HWND window, std::function<void(const std::wstring&)> showText, HWND cancelButton = nullptr,
+                  std::function<std::wstring()> shownText = nullptr);
     ~CWorkProgress();
     CWorkProgress(const CWorkProgress&) = delete;
     CWorkProgress& operator=(const CWorkProgress&) = delete;
@@ -46,6 +50,9 @@ private:
     HWND m_window;
     std::function<void(const std::wstring&)> m_showText;
     HWND m_cancel;
+    std::function<std::wstring()> m_shownText;
+    std::wstring m_textBefore;
+    std::wstring m_lastText;   // the last progress text shown
     Clock::time_point m_start;
     Clock::time_point m_lastDrawn;
     bool m_shown = false;

@@ -6,10 +6,12 @@
 #include <windows.h>
 #include <commctrl.h>
 #include <objbase.h>
+#include <oleacc.h>
 
 #include <string>
 
 #include "AccessibleRead.h"
+#include "common/ComPtr.h"
 #include "common/ui/AccessibleName.h"
 
 namespace {
@@ -107,4 +109,42 @@ TEST_F(AccessibleNamesAnnotation, EachEditComboAndListIsNamedAfterTheLabelOrChec
     EXPECT_EQ(Read(afterCheckBox).name, L"OPC DA Server CLSID:");
     EXPECT_NE(Read(afterButton).name, L"New");
     EXPECT_EQ(Read(named).name, L"Own name");
+}
+
+// A screen reader keeps the object it got after the window closes: the
+// object then answers that it is gone and reads nothing of the window.
+TEST_F(AccessibleNamesAnnotation, AnObjectKeptAfterItsControlIsDestroyedAnswersThatItIsGone)
+{
+    const HWND label = Child(L"Static", L"&Matches:");
+    const HWND list = Child(WC_LISTVIEWW, L"", LVS_REPORT);
+    CL::CAccessibleName::SetLabel(list, label);
+    CL::CAccessibleName::SetDescription(list, L"What was found");
+    CL::ComPtr<IAccessible> kept;
+    ASSERT_HRESULT_SUCCEEDED(::AccessibleObjectFromWindow(list, static_cast<DWORD>(OBJID_CLIENT),
+                                                          __uuidof(IAccessible),
+                                                          reinterpret_cast<void**>(kept.ReleaseAndGetAddressOf())));
+    ASSERT_TRUE(kept);
+    VARIANT self;
+    ::VariantInit(&self);
+    self.vt = VT_I4;
+    self.lVal = CHILDID_SELF;
+    BSTR name = nullptr;
+    ASSERT_EQ(kept->get_accName(self, &name), S_OK);
+    EXPECT_STREQ(name, L"Matches:");
+    ::SysFreeString(name);
+
+    ::DestroyWindow(list);
+    ::DestroyWindow(label);
+    const auto gone = [](HRESULT result) { return result == RPC_E_DISCONNECTED || result == E_FAIL; };
+    name = nullptr;
+    EXPECT_PRED1(gone, kept->get_accName(self, &name));
+    EXPECT_EQ(name, nullptr);
+    BSTR description = nullptr;
+    EXPECT_PRED1(gone, kept->get_accDescription(self, &description));
+    EXPECT_EQ(description, nullptr);
+    VARIANT role;
+    ::VariantInit(&role);
+    EXPECT_PRED1(gone, kept->get_accRole(self, &role));
+    long count = 0;
+    EXPECT_PRED1(gone, kept->get_accChildCount(&count));
 }

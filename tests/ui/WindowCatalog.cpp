@@ -93,9 +93,13 @@ std::unique_ptr<OpenedWindow> Editor()
 
 std::unique_ptr<OpenedWindow> CsvImportReport()
 {
-    CL::CsvImportPlan plan;
+    // The dialog reads the plan while it lives: the plan lives as long.
+    auto opened = std::make_unique<OpenedWindow>();
+    auto& plan = opened->Keep<CL::CsvImportPlan>();
     plan.rejected.push_back({7, L"Unknown data type \"VT_X\""});
-    return Dialog<CdlgCsvImport>(IDD_CSV_IMPORT, plan, L"items.csv");
+    auto& dialog = opened->Keep<CdlgCsvImport>(plan, L"items.csv");
+    opened->SetHwnd(dialog.Create(nullptr, IDD_CSV_IMPORT));
+    return opened;
 }
 
 // The editor's Find dialog over a small address space, showing the matches

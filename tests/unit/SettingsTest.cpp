@@ -362,14 +362,15 @@ TEST_F(SettingsTest, UnparsableGuidIsNotDetected)
 TEST_F(SettingsTest, FailedSaveLeavesTheOldFileIntact)
 {
     Write(kFullFile);
-    // The temporary file beside the target cannot be created: the save fails
-    // before the settings file is touched.
-    ASSERT_TRUE(::CreateDirectoryW((Path() + L".saving").c_str(), nullptr));
+    // The settings file is held open by another program: the new file
+    // written beside it cannot replace it, and it stays as it was.
+    const HANDLE held = ::CreateFileW(Path().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(held, INVALID_HANDLE_VALUE);
     CSettings s;
     s.Title = L"new";
     EXPECT_THROW(SaveSettingsTo(Path(), s), CL::CException);
+    ::CloseHandle(held);
     EXPECT_EQ(test::ReadFileBytes(Path()), kFullFile);
-    ::RemoveDirectoryW((Path() + L".saving").c_str());
 }
 
 TEST_F(SettingsTest, SaveIntoMissingFolderRaises)
@@ -419,4 +420,25 @@ TEST_F(SettingsTest, BackupIsWrittenBesideTheExecutableFromTheRecord)
 TEST_F(SettingsTest, InstallationFolderPathIsTheExecutablesFolderJoinedWithTheName)
 {
     EXPECT_EQ(GetInstallationFolderPath(L"Morvane.exe"), test::ProgramFolder() + L"Morvane.exe");
+}
+
+// The settings are saved beside the file under a name no file had: a file
+// of the administrator's named like "<file>.saving" stays, and nothing but
+// the two files is left in the folder.
+TEST_F(SettingsTest, SavingLeavesAFileNamedLikeTheTemporaryFileAlone)
+{
+    const std::wstring users = Path() + L".saving";
+    test::WriteFileBytes(users, "kept");
+    SaveSettingsTo(Path(), CSettings());
+    EXPECT_EQ(test::ReadFileBytes(users), "kept");
+    int files = 0;
+    WIN32_FIND_DATAW found = {};
+    const HANDLE find = ::FindFirstFileW(dir.File(L"*").c_str(), &found);
+    ASSERT_NE(find, INVALID_HANDLE_VALUE);
+    do {
+        if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
+            ++files;
+    } while (::FindNextFileW(find, &found));
+    ::FindClose(find);
+    EXPECT_EQ(files, 2);
 }

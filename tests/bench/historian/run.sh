@@ -87,6 +87,10 @@ out=$(best_ours read "$DB" "$ITEM" bounded)
 base=$(best_sqlite "$DB" "$ITEM_SQL WHERE [ItemID]='$ITEM' and ([TimeFrom] <= $UPPER) and ([TimeTo] >= $LOWER) ORDER BY [TimeFrom]")
 report "read one item, middle half" "$out" "$base"
 
+# Where the time of the item's read goes (connect, the driver, the
+# program's copies, the decode).
+wine "$EXE" parts "$DB" "$ITEM" </dev/null | tr -d '\r'
+
 IDS=""
 for i in $(seq 0 99); do
     id=$(printf "Plant.Area%02d.Item%03d" $((i / 10)) "$i")

@@ -71,3 +71,37 @@ TEST(ReplacingFile, AReadOnlyTargetIsRefusedBeforeAnythingIsWritten)
     EXPECT_FALSE(Exists(target + L".saving"));
     ::SetFileAttributesW(target.c_str(), FILE_ATTRIBUTE_NORMAL);
 }
+
+// A file of the user's that has the name a temporary file might take is
+// never replaced nor deleted, whether the work is committed or abandoned.
+TEST(ReplacingFile, AFileNamedLikeATemporaryFileIsNeverTouched)
+{
+    test::TempDir folder;
+    const std::wstring target = folder.File(L"t.csv");
+    const std::wstring users = target + L".saving";
+    test::WriteFileBytes(users, "the user's");
+    {
+        CL::CReplacingFile file(target, L"CreateFile (szFile)");
+        EXPECT_NE(file.TemporaryPath(), users);
+        EXPECT_EQ(file.TemporaryPath().rfind(target, 0), 0u);   // beside the target
+        file.Write("new");
+        file.Commit();
+    }
+    {
+        CL::CReplacingFile abandoned(target, L"CreateFile (szFile)");
+        abandoned.Write("abandoned");
+    }
+    EXPECT_EQ(test::ReadFileBytes(target), "new");
+    EXPECT_EQ(test::ReadFileBytes(users), "the user's");
+}
+
+TEST(ReplacingFile, TwoAtOnceBesideOneTargetTakeTwoNames)
+{
+    test::TempDir folder;
+    const std::wstring target = folder.File(L"t.csv");
+    CL::CReplacingFile first(target, L"CreateFile (szFile)");
+    CL::CReplacingFile second(target, L"CreateFile (szFile)");
+    EXPECT_NE(first.TemporaryPath(), second.TemporaryPath());
+    EXPECT_TRUE(Exists(first.TemporaryPath()));
+    EXPECT_TRUE(Exists(second.TemporaryPath()));
+}
