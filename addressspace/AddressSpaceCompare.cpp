@@ -182,7 +182,7 @@ private:
                               : j == b.size() ? -1
                                               : _wcsicmp(a[i]->Name().c_str(), b[j]->Name().c_str());
             if (order == 0) {
-                CompareItems(*a[i], *b[j], Joined(prefix, b[j]->Name()), Joined(prefix, a[i]->Name()));
+                CompareItems(*a[i], *b[j], prefix);
                 ++i, ++j;
             } else if (order < 0) {
                 OneItem(a[i++], prefix, DifferenceKind::Removed);
@@ -192,17 +192,18 @@ private:
         }
     }
 
-    void CompareItems(const COPCItem& a, const COPCItem& b, const std::wstring& path, const std::wstring& oldPath)
+    // The paths are made only for an item that differs: most do not.
+    void CompareItems(const COPCItem& a, const COPCItem& b, const std::wstring& prefix)
     {
         auto changed = [&](const wchar_t* field, std::wstring before, std::wstring after) {
             Difference d;
             d.kind = DifferenceKind::Changed;
             d.subject = DifferenceSubject::Item;
-            d.path = path;
+            d.path = Joined(prefix, b.Name());
             d.field = field;
             d.before = std::move(before);
             d.after = std::move(after);
-            d.itemId = oldPath;
+            d.itemId = Joined(prefix, a.Name());
             d.location = Here(b.Name());
             Add(std::move(d));
         };

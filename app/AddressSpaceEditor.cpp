@@ -1,6 +1,7 @@
 #include "app/AddressSpaceEditor.h"
 
 #include "app/AboutDlg.h"
+#include "common/historian/Historian.h"
 #include "config/Settings.h"
 
 namespace CL {
@@ -9,6 +10,7 @@ CAddressSpaceEditor::CAddressSpaceEditor(CHistorian& historian, CAddressSpaceExc
     : m_historian(historian), m_frame(std::move(exchange))
 {
     m_frame.SetHistoryHook(MakeHistoricalDataHook(historian));
+    m_frame.SetHistorianSummary([&historian] { return historian.ReadSummary(); });
     m_frame.SetAboutHook([](HWND owner) {
         CAboutDlg dialog;
         dialog.DoModal(owner);

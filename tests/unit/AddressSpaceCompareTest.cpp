@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
 
 #include "addressspace/AddressSpaceCompare.h"
 #include "addressspace/AddressSpaceCopy.h"
@@ -361,4 +362,5 @@ TEST(AddressSpaceCompare, HundredThousandItemsWithAThousandDifferences)
     // loaded machine only guards against a compare gone quadratic.
     EXPECT_LT(ms, 2000.0);
     RecordProperty("milliseconds", static_cast<int>(ms));
+    std::printf("compare of 100,000 items with 1,000 differences: %.1f ms\n", ms);
 }
