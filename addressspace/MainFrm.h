@@ -26,13 +26,14 @@
 #include "addressspace/FindCursor.h"
 #include "addressspace/ItemFields.h"
 #include "addressspace/ItemRows.h"
-#include "addressspace/dlgReviewChanges.h"
 #include "common/Window.h"
+#include "common/historian/HistorianValues.h"
 #include "common/ui/FrameBars.h"
 #include "common/ui/ReportList.h"
 #include "common/ui/Splitter.h"
 
 class CdlgAddItem;
+struct ReviewServices;   // dlgReviewChanges.h
 
 class CMainFrame : public CL::CWindow, public IAddressSpaceViews {
 public:
