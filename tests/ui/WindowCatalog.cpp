@@ -16,6 +16,7 @@
 #include "app/AboutDlg.h"
 #include "common/historian/Historian.h"
 #include "common/historian/HistoricDataWriter.h"
+#include "common/historian/HistorianSummaryOf.h"
 #include "config/DbRetention.h"
 #include "config/Settings.h"
 #include "config/dlgDbOptions.h"
@@ -115,7 +116,10 @@ std::unique_ptr<OpenedWindow> ReviewChanges()
     line1->RemoveItem(L"Speed");
     line1->FindItem(L"Count")->SetScanRate(250);
     ReviewServices services;
-    services.historianSummary = [&historian] { return historian.ReadSummary(); };
+    services.historianSummary = [&historian](const std::vector<std::wstring>& itemIds,
+                                             const std::vector<std::wstring>& branchPaths) {
+        return CL::ReadSummaryOf(historian, itemIds, branchPaths);
+    };
     services.save = [] {};
     auto& dialog = opened->Keep<CdlgReviewChanges>(document, services);
     opened->SetHwnd(dialog.Create(nullptr));
