@@ -27,11 +27,13 @@
 #include "addressspace/ItemFields.h"
 #include "addressspace/ItemRows.h"
 #include "common/Window.h"
+#include "common/historian/HistorianValues.h"
 #include "common/ui/FrameBars.h"
 #include "common/ui/ReportList.h"
 #include "common/ui/Splitter.h"
 
 class CdlgAddItem;
+struct ReviewServices;   // dlgReviewChanges.h
 
 class CMainFrame : public CL::CWindow, public IAddressSpaceViews {
 public:
@@ -43,6 +45,11 @@ public:
     using AboutHook = std::function<void(HWND)>;
     // Opens a web address.
     using UrlOpener = std::function<void(const std::wstring&)>;
+    // The historian's summary (item ID, count, first and last time) for the
+    // review of changes; throws when the historian cannot be opened.
+    // The item IDs asked for, and branch paths standing for every ID below.
+    using HistorianSummary = std::function<std::vector<CL::CHistorianSummaryEntry>(
+        const std::vector<std::wstring>& itemIds, const std::vector<std::wstring>& branchPaths)>;
 
     static constexpr wchar_t kClassName[] = L"MorvaneAddressSpaceEditor";
     static constexpr wchar_t kTitle[] = L" OPC Address Space";
@@ -64,6 +71,18 @@ public:
     void SetHistoryHook(HistoryHook hook) { m_history = std::move(hook); }
     void SetAboutHook(AboutHook hook) { m_about = std::move(hook); }
     void SetUrlOpener(UrlOpener opener) { m_openUrl = std::move(opener); }
+    void SetHistorianSummary(HistorianSummary summary) { m_historianSummary = std::move(summary); }
+
+    // The review of changes over this editor (MainFrmReview.cpp): what the
+    // window may ask of the editor (the server now, the historian, Save, the
+    // views after a revert). Other windows that open a review use it too.
+    ReviewServices MakeReviewServices();
+    // Opens the review over the editor, against its baseline ("my changes"),
+    // or against the given address space named by the label.
+    void ReviewChanges();
+    void ReviewChangesAgainst(CAddressSpaceDocument::ModelPtr before, std::wstring label);
+    // The differences from the baseline, as the "Modified" pane counts them.
+    size_t ChangeCount();
     // The key of HKEY_CURRENT_USER that keeps the window's layout from one
     // opening to the next (read by Create, written when the window goes).
     void SetLayoutKey(std::wstring key) { m_layoutKey = std::move(key); }
@@ -122,6 +141,9 @@ private:
     void OnFileReload();
     void OnFileExportCsv();
     void OnFileImportCsv();
+    void OnFileReview();
+    // A double-click on the status bar: the "Modified" pane opens the review.
+    void OnStatusDoubleClick(const NMMOUSE& click);
     void OnEditUndo();
     void OnEditRedo();
     void OnEditCut();
@@ -248,4 +270,11 @@ private:
     HistoryHook m_history;
     AboutHook m_about;
     UrlOpener m_openUrl;
+    HistorianSummary m_historianSummary;
+    // The last count of changes and the state it was counted for.
+    struct ChangeCountCache {
+        unsigned long long revision = 0;
+        size_t count = 0;
+        bool valid = false;
+    } m_changeCount;
 };

@@ -1,6 +1,8 @@
 #include "app/AddressSpaceEditor.h"
 
 #include "app/AboutDlg.h"
+#include "common/historian/Historian.h"
+#include "common/historian/HistorianSummaryOf.h"
 #include "config/Settings.h"
 
 namespace CL {
@@ -9,6 +11,10 @@ CAddressSpaceEditor::CAddressSpaceEditor(CHistorian& historian, CAddressSpaceExc
     : m_historian(historian), m_frame(std::move(exchange))
 {
     m_frame.SetHistoryHook(MakeHistoricalDataHook(historian));
+    m_frame.SetHistorianSummary([&historian](const std::vector<std::wstring>& itemIds,
+                                             const std::vector<std::wstring>& branchPaths) {
+        return ReadSummaryOf(historian, itemIds, branchPaths);
+    });
     m_frame.SetAboutHook([](HWND owner) {
         CAboutDlg dialog;
         dialog.DoModal(owner);
