@@ -1,6 +1,7 @@
 #include "app/AddressSpaceEditor.h"
 
 #include "app/AboutDlg.h"
+#include "common/ChangeJournal.h"
 #include "config/Settings.h"
 
 namespace CL {
@@ -8,6 +9,9 @@ namespace CL {
 CAddressSpaceEditor::CAddressSpaceEditor(CHistorian& historian, CAddressSpaceExchange exchange)
     : m_historian(historian), m_frame(std::move(exchange))
 {
+    // Every address space given to the server is kept and journalled.
+    m_recorder = std::make_shared<CChangeRecorder>(m_frame.Exchange().ExchangeFile(), CChangeJournal::Instance());
+    m_frame.Exchange().SetObserver(m_recorder);
     m_frame.SetHistoryHook(MakeHistoricalDataHook(historian));
     m_frame.SetAboutHook([](HWND owner) {
         CAboutDlg dialog;
@@ -58,6 +62,12 @@ bool CAddressSpaceEditor::Create()
 void CAddressSpaceEditor::ReloadFromFile()
 {
     m_frame.Exchange().ReloadFromFile(m_frame.Document());
+}
+
+void CAddressSpaceEditor::RestoreVersion(const std::wstring& file)
+{
+    m_frame.RestoreVersion(file);
+    m_recorder->NoteRestored(file);
 }
 
 bool CAddressSpaceEditor::PreTranslateMessage(MSG& msg)

@@ -4,6 +4,8 @@
 // whole life and creates its window on demand.
 #include <windows.h>
 
+#include <string>
+
 namespace CL {
 
 class IAddressSpaceEditor {
@@ -19,6 +21,10 @@ public:
     // Replaces the model with the exchange file's content (after the
     // options changed).
     virtual void ReloadFromFile() = 0;
+    // Takes a kept address space version into the open editor as one
+    // undoable change (the change history's Restore). Throws when the file
+    // cannot be loaded.
+    virtual void RestoreVersion(const std::wstring& file) = 0;
 };
 
 } // namespace CL

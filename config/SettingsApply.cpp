@@ -3,6 +3,7 @@
 #include "common/DiagnosticLog.h"
 #include "common/Text.h"
 #include "config/SettingsApplyTrail.h"
+#include "config/SettingsJournal.h"
 
 namespace {
 
@@ -66,6 +67,7 @@ std::wstring CSettingsApply::Apply(const CSettings& newSettings)
             StartService(trail, g_Settings.ServiceName);
         g_unfinished = {};
         Log(2, "New settings applied" + MV_POS());
+        JournalSettingsChange(backup, g_Settings);
         return backup;
     } catch (...) {
         trail.LogFailure();

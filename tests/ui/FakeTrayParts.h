@@ -5,6 +5,9 @@
 // windows so that minimising, restoring and destroying are the system's.
 #include <windows.h>
 
+#include <string>
+#include <vector>
+
 #include "common/Exception.h"
 
 #include "app/AddressSpaceEditorPart.h"
@@ -38,6 +41,7 @@ struct EditorCounters {
     int reloaded = 0;
     bool reloadFails = false;
     HWND window = nullptr;
+    std::vector<std::wstring> restored;   // RestoreVersion's files
 };
 
 class FakeEditor : public CL::IAddressSpaceEditor {
@@ -67,6 +71,7 @@ public:
         if (m_counters.reloadFails)
             throw CL::CException(E_FAIL, L"Error loading OPC Address Space file.");
     }
+    void RestoreVersion(const std::wstring& file) override { m_counters.restored.push_back(file); }
 
 private:
     EditorCounters& m_counters;
@@ -103,6 +108,7 @@ private:
 
 struct OptionsCounters {
     int runs = 0;
+    std::vector<std::wstring> backups;   // RunFrom's backups
 };
 
 class FakeOptions : public CL::IOptionsDialog {
@@ -111,6 +117,11 @@ public:
     bool Run(HWND) override
     {
         ++m_counters.runs;
+        return m_ok;
+    }
+    bool RunFrom(HWND, const std::wstring& backup) override
+    {
+        m_counters.backups.push_back(backup);
         return m_ok;
     }
 
