@@ -7,6 +7,7 @@
 // options rule kept); the number of versions kept; service starts and stops
 // from the tray menu journalled.
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <commctrl.h>
 
@@ -22,6 +23,7 @@
 #include "common/RegistryKey.h"
 #include "config/SettingsJournal.h"
 #include "config/dlgOptions.h"
+#include "support/ComApartment.h"
 #include "support/ServerSimulator.h"
 
 namespace {
@@ -112,6 +114,7 @@ protected:
     }
     HWND List() { return ::GetDlgItem(dialog->Hwnd(), IDC_HISTORY_LIST); }
 
+    test::ComApartment com;   // the settings and address space files go through MSXML
     JournalInTemp journal;
     std::wstring exchangeFile;
     std::wstring older;
