@@ -24,6 +24,11 @@ public:
     // released (and dies unless someone else holds it).
     void SetModel(ModelPtr model);
 
+    // The address space as it was last loaded from or saved to the server
+    // (a copy taken by SetDirty(false)); what "my changes" are measured
+    // against. New and Open leave it as it was.
+    const ModelPtr& Baseline() const noexcept { return m_baseline; }
+
     // Set by every edit, cleared after loading from or saving to the server
     // and when undo or redo comes back to that state.
     bool IsDirty() const noexcept { return m_dirty; }
@@ -41,6 +46,9 @@ public:
     CEditCommand* Undo();
     CEditCommand* Redo();
     const CEditHistory& History() const noexcept { return m_history; }
+    // Counts every change of the model, the history or the baseline, so
+    // that figures derived from them know when to be made again.
+    unsigned long long Revision() const noexcept { return m_revision; }
 
     // The window showing the document, or null while there is none.
     IAddressSpaceViews* Views() const noexcept { return m_views; }
@@ -48,7 +56,9 @@ public:
 
 private:
     ModelPtr m_model;
+    ModelPtr m_baseline;
     CEditHistory m_history;
     bool m_dirty = false;
+    unsigned long long m_revision = 0;
     IAddressSpaceViews* m_views = nullptr;
 };

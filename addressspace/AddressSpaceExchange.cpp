@@ -66,6 +66,18 @@ bool CAddressSpaceExchange::LoadFromServer(CAddressSpaceDocument& document)
     return true;
 }
 
+CAddressSpaceDocument::ModelPtr CAddressSpaceExchange::FetchFromServer()
+{
+    m_polls = 0;
+    if (ServerRunning()) {
+        const ULONGLONG before = LastWriteTime();
+        CL::ControlServiceCode(m_serviceName(), CL::kControlWriteAddressSpace);
+        if (!WaitForNewFile(before) && !AskToLoadSavedFile())
+            return nullptr;
+    }
+    return LoadExchangeFile();
+}
+
 void CAddressSpaceExchange::ReloadFromFile(CAddressSpaceDocument& document)
 {
     // Loaded aside first: a file that fails to load leaves the document and

@@ -48,6 +48,14 @@ public:
     // leaves the document untouched. Clears the dirty flag on success.
     bool LoadFromServer(CAddressSpaceDocument& document);
 
+    // The server's address space now, as a new address space, for a
+    // compare: a running server is asked to write it (code 129) and the
+    // file is watched as LoadFromServer does; a stopped server's file is
+    // taken as it stands. No document and no dirty flag is touched. When
+    // the server does not answer in time the same question is asked; any
+    // answer but Yes gives null.
+    CAddressSpaceDocument::ModelPtr FetchFromServer();
+
     // Replaces the document's address space with the exchange file's content
     // without asking the server; empties and refills the attached views.
     void ReloadFromFile(CAddressSpaceDocument& document);

@@ -4,7 +4,7 @@
 
 std::vector<int> CEditorStatus::PaneWidths()
 {
-    return {130, 190, 70};
+    return {130, 190, 140};
 }
 
 size_t CEditorStatus::CountItems(const COPCServerAddressSpaceBranch& root)
@@ -34,10 +34,15 @@ std::wstring CEditorStatus::TotalText(size_t items)
     return CL::Format(L"Address space: %zu item(s)", items);
 }
 
+std::wstring CEditorStatus::ModifiedText(size_t changes)
+{
+    return CL::Format(changes == 1 ? L"%ls: %zu change" : L"%ls: %zu changes", kModified, changes);
+}
+
 void CEditorStatus::Show(CL::CFrameBars& bars, const COPCServerAddressSpaceBranch* listed,
-                         const COPCServerAddressSpaceBranch& root, bool dirty)
+                         const COPCServerAddressSpaceBranch& root, bool dirty, size_t changes)
 {
     bars.SetPaneText(kBranchPane, listed ? BranchText(listed->ItemCount()) : std::wstring());
     bars.SetPaneText(kTotalPane, TotalText(CountItems(root)));
-    bars.SetPaneText(kModifiedPane, dirty ? kModified : L"");
+    bars.SetPaneText(kModifiedPane, dirty ? ModifiedText(changes) : std::wstring());
 }

@@ -14,6 +14,10 @@ class CEditorStatus {
 public:
     enum Pane { kBranchPane = 1, kTotalPane = 2, kModifiedPane = 3 };
     static constexpr wchar_t kModified[] = L"Modified";
+    // "Modified: 1 change", "Modified: 12 changes" (the differences from
+    // the address space as last loaded or saved; a double-click on the pane
+    // opens their review).
+    static std::wstring ModifiedText(size_t changes);
 
     // The widths of the panes right of the prompt, in pixels at 96 dpi.
     static std::vector<int> PaneWidths();
@@ -23,7 +27,7 @@ public:
     static std::wstring TotalText(size_t items);
 
     // Shows the counts of the listed branch (none: an empty pane) and of the
-    // address space, and the dirty flag.
+    // address space, and the dirty flag with the number of changes.
     static void Show(CL::CFrameBars& bars, const COPCServerAddressSpaceBranch* listed,
-                     const COPCServerAddressSpaceBranch& root, bool dirty);
+                     const COPCServerAddressSpaceBranch& root, bool dirty, size_t changes = 0);
 };

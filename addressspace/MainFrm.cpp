@@ -301,7 +301,8 @@ void CMainFrame::SaveLayout()
 void CMainFrame::ShowStatus()
 {
     if (m_tree)
-        CEditorStatus::Show(m_bars, m_listBranch.get(), *m_document.Model()->RootBranch(), m_document.IsDirty());
+        CEditorStatus::Show(m_bars, m_listBranch.get(), *m_document.Model()->RootBranch(), m_document.IsDirty(),
+                            m_document.IsDirty() ? ChangeCount() : 0);
 }
 
 void CMainFrame::OnSize()
@@ -346,6 +347,7 @@ void CMainFrame::OnCommand(WORD id)
     case ID_AS_FILE_RELOAD: OnFileReload(); break;
     case ID_AS_FILE_EXPORT_CSV: OnFileExportCsv(); break;
     case ID_AS_FILE_IMPORT_CSV: OnFileImportCsv(); break;
+    case ID_AS_FILE_REVIEW: OnFileReview(); break;
     case ID_AS_EDIT_UNDO: OnEditUndo(); break;
     case ID_AS_EDIT_REDO: OnEditRedo(); break;
     case ID_AS_EDIT_CUT: OnEditCut(); break;
@@ -377,6 +379,10 @@ LRESULT CMainFrame::OnNotify(NMHDR* header)
         return OnColumnClick(header);
     if (m_list.OnNotify(header, &result) || m_bars.OnNotify(header, &result))
         return result;
+    if (header->hwndFrom == m_bars.StatusBar() && header->code == NM_DBLCLK) {
+        OnStatusDoubleClick(*reinterpret_cast<const NMMOUSE*>(header));
+        return TRUE;
+    }
     if (header->hwndFrom == m_tree && m_tree) {
         switch (header->code) {
         case TVN_SELCHANGEDW:

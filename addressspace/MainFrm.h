@@ -26,6 +26,7 @@
 #include "addressspace/FindCursor.h"
 #include "addressspace/ItemFields.h"
 #include "addressspace/ItemRows.h"
+#include "addressspace/dlgReviewChanges.h"
 #include "common/Window.h"
 #include "common/ui/FrameBars.h"
 #include "common/ui/ReportList.h"
@@ -43,6 +44,9 @@ public:
     using AboutHook = std::function<void(HWND)>;
     // Opens a web address.
     using UrlOpener = std::function<void(const std::wstring&)>;
+    // The historian's summary (item ID, count, first and last time) for the
+    // review of changes; throws when the historian cannot be opened.
+    using HistorianSummary = std::function<std::vector<CL::CHistorianSummaryEntry>()>;
 
     static constexpr wchar_t kClassName[] = L"MorvaneAddressSpaceEditor";
     static constexpr wchar_t kTitle[] = L" OPC Address Space";
@@ -70,6 +74,18 @@ public:
     // cannot be loaded (the model stays as it was).
     void RestoreVersion(const std::wstring& file);
     void SetUrlOpener(UrlOpener opener) { m_openUrl = std::move(opener); }
+    void SetHistorianSummary(HistorianSummary summary) { m_historianSummary = std::move(summary); }
+
+    // The review of changes over this editor (MainFrmReview.cpp): what the
+    // window may ask of the editor (the server now, the historian, Save, the
+    // views after a revert). Other windows that open a review use it too.
+    ReviewServices MakeReviewServices();
+    // Opens the review over the editor, against its baseline ("my changes"),
+    // or against the given address space named by the label.
+    void ReviewChanges();
+    void ReviewChangesAgainst(CAddressSpaceDocument::ModelPtr before, std::wstring label);
+    // The differences from the baseline, as the "Modified" pane counts them.
+    size_t ChangeCount();
     // The key of HKEY_CURRENT_USER that keeps the window's layout from one
     // opening to the next (read by Create, written when the window goes).
     void SetLayoutKey(std::wstring key) { m_layoutKey = std::move(key); }
@@ -128,6 +144,9 @@ private:
     void OnFileReload();
     void OnFileExportCsv();
     void OnFileImportCsv();
+    void OnFileReview();
+    // A double-click on the status bar: the "Modified" pane opens the review.
+    void OnStatusDoubleClick(const NMMOUSE& click);
     void OnEditUndo();
     void OnEditRedo();
     void OnEditCut();
@@ -256,4 +275,11 @@ private:
     AboutHook m_about;
     AboutHook m_changeHistory;
     UrlOpener m_openUrl;
+    HistorianSummary m_historianSummary;
+    // The last count of changes and the state it was counted for.
+    struct ChangeCountCache {
+        unsigned long long revision = 0;
+        size_t count = 0;
+        bool valid = false;
+    } m_changeCount;
 };

@@ -2,6 +2,7 @@
 
 #include "app/AboutDlg.h"
 #include "common/ChangeJournal.h"
+#include "common/historian/Historian.h"
 #include "config/Settings.h"
 
 namespace CL {
@@ -13,6 +14,7 @@ CAddressSpaceEditor::CAddressSpaceEditor(CHistorian& historian, CAddressSpaceExc
     m_recorder = std::make_shared<CChangeRecorder>(m_frame.Exchange().ExchangeFile(), CChangeJournal::Instance());
     m_frame.Exchange().SetObserver(m_recorder);
     m_frame.SetHistoryHook(MakeHistoricalDataHook(historian));
+    m_frame.SetHistorianSummary([&historian] { return historian.ReadSummary(); });
     m_frame.SetAboutHook([](HWND owner) {
         CAboutDlg dialog;
         dialog.DoModal(owner);

@@ -23,3 +23,4 @@
 #include "resource_options.h"
 #include "resource_chart.h"
 #include "resource_journal.h"
+#include "resource_review.h"

@@ -1,5 +1,5 @@
 // The address space editor's status bar: beside the prompt, the items of
-// the branch the list shows and of the whole address space, and "Modified"
+// the branch the list shows and of the whole address space, and "Modified" with the number of changes
 // while there are unsaved changes; kept current after every change, while
 // the menu prompts still show in the first pane.
 #include <gtest/gtest.h>
@@ -70,7 +70,7 @@ TEST_F(EditorStatus, AddingAnItemCountsItAndShowsModified)
     AddItem(L"Level");
     EXPECT_EQ(BranchPane(), L"Branch: 4 item(s)");
     EXPECT_EQ(TotalPane(), L"Address space: 5 item(s)");
-    EXPECT_EQ(ModifiedPane(), L"Modified");
+    EXPECT_EQ(ModifiedPane(), L"Modified: 1 change");
 }
 
 TEST_F(EditorStatus, DeletingCountsAndUndoToTheCleanStateClearsModified)
@@ -78,14 +78,14 @@ TEST_F(EditorStatus, DeletingCountsAndUndoToTheCleanStateClearsModified)
     DeleteRow(L"Count");
     EXPECT_EQ(BranchPane(), L"Branch: 2 item(s)");
     EXPECT_EQ(TotalPane(), L"Address space: 3 item(s)");
-    EXPECT_EQ(ModifiedPane(), L"Modified");
+    EXPECT_EQ(ModifiedPane(), L"Modified: 1 change");
     Command(ID_AS_EDIT_UNDO);
     EXPECT_EQ(BranchPane(), L"Branch: 3 item(s)");
     EXPECT_EQ(TotalPane(), L"Address space: 4 item(s)");
     EXPECT_EQ(ModifiedPane(), L"");
     Command(ID_AS_EDIT_REDO);
     EXPECT_EQ(TotalPane(), L"Address space: 3 item(s)");
-    EXPECT_EQ(ModifiedPane(), L"Modified");
+    EXPECT_EQ(ModifiedPane(), L"Modified: 1 change");
 }
 
 TEST_F(EditorStatus, DeletingABranchCountsEverythingUnderIt)
@@ -94,13 +94,13 @@ TEST_F(EditorStatus, DeletingABranchCountsEverythingUnderIt)
     FocusTree();
     Command(ID_AS_EDIT_DELETE);
     EXPECT_EQ(TotalPane(), L"Address space: 1 item(s)");
-    EXPECT_EQ(ModifiedPane(), L"Modified");
+    EXPECT_EQ(ModifiedPane(), L"Modified: 6 changes");
 }
 
 TEST_F(EditorStatus, SavingClearsModifiedAndTheTitleStaysAsItIs)
 {
     DeleteRow(L"Label");
-    ASSERT_EQ(ModifiedPane(), L"Modified");
+    ASSERT_EQ(ModifiedPane(), L"Modified: 1 change");
     DialogScript script({{L"Save", [](HWND box) { test::ClickButton(box, IDYES); }}});
     Command(ID_AS_FILE_SAVE);
     ASSERT_TRUE(script.Finished()) << CL::Narrow(script.Report());
@@ -126,7 +126,7 @@ TEST_F(EditorStatus, AMenuPromptShowsInTheFirstPaneBesideTheCounts)
 TEST_F(EditorStatus, AReloadStartedByTheTrayShowsTheNewCountsAndClearsModified)
 {
     DeleteRow(L"Count");
-    ASSERT_EQ(ModifiedPane(), L"Modified");
+    ASSERT_EQ(ModifiedPane(), L"Modified: 1 change");
     test::WriteFileBytes(exchangeFile, "<Morvane_OPCDAAddressSpace Name=\"\"><Branch Name=\"Plant\"></Branch>"
                                        "</Morvane_OPCDAAddressSpace>");
     editor->ReloadFromFile();
