@@ -1,6 +1,7 @@
 #include "addressspace/ChangeRecorder.h"
 
 #include "addressspace/AddressSpaceDocument.h"
+#include "addressspace/OPCServerAddressSpace.h"
 #include "common/ChangeJournal.h"
 #include "common/DiagnosticLog.h"
 #include "common/ErrorReport.h"
@@ -69,7 +70,7 @@ std::wstring CChangeRecorder::KeepVersion(const std::string& bytes)
     }
 }
 
-void CChangeRecorder::Saving(const std::wstring& exchangeFile, const CAddressSpaceDocument& /*document*/)
+void CChangeRecorder::Saving(const std::wstring& exchangeFile, const CAddressSpaceDocument& document)
 {
     m_elsewhereVersion.clear();
     // The server's address space as the editor loaded it, once per editing.
@@ -89,9 +90,43 @@ void CChangeRecorder::Saving(const std::wstring& exchangeFile, const CAddressSpa
                        CL::Narrow(CL::DescribeCurrentException().text) + MV_POS());
         }
     }
+    CompareBeforeSave(exchangeFile, document);
 }
 
-void CChangeRecorder::Saved(const std::wstring& exchangeFile, const CAddressSpaceDocument& document)
+void CChangeRecorder::CompareBeforeSave(const std::wstring& exchangeFile, const CAddressSpaceDocument& document)
+{
+    m_compared = false;
+    m_serverChanges = 0;
+    m_conflicts.clear();
+    try {
+        const COPCServerAddressSpace& baseline = *document.Baseline();
+        const COPCServerAddressSpace& editor = *document.Model();
+        if (m_elsewhereVersion.empty()) {
+            m_saveCounts = SummarizeDifferences(CompareAddressSpaces(baseline, editor));
+        } else {
+            // The server's address space now is the exchange file as written
+            // elsewhere: the Save is measured against it, and what both sides
+            // changed since the load is a conflict the Save overrides.
+            auto server = CAddressSpaceDocument::ModelPtr::Make();
+            server->Load(exchangeFile);
+            AddressSpaceDifferences save = CompareAddressSpaces(*server, editor);
+            const AddressSpaceDifferences serverChanges = CompareAddressSpaces(baseline, *server);
+            MarkOrigins(save, CompareAddressSpaces(baseline, editor), serverChanges);
+            m_saveCounts = SummarizeDifferences(save);
+            m_serverChanges = SummarizeDifferences(serverChanges).Total();
+            for (const AddressSpaceDifference& difference : save)
+                if (difference.Conflict() &&
+                    (m_conflicts.empty() || m_conflicts.back() != difference.path))
+                    m_conflicts.push_back(difference.path);
+        }
+        m_compared = true;
+    } catch (...) {
+        Log(0, "The Save could not be compared with the server's address space: " +
+                   CL::Narrow(CL::DescribeCurrentException().text) + MV_POS());
+    }
+}
+
+void CChangeRecorder::Saved(const std::wstring& exchangeFile, const CAddressSpaceDocument& /*document*/)
 {
     std::wstring written;
     try {
@@ -102,7 +137,7 @@ void CChangeRecorder::Saved(const std::wstring& exchangeFile, const CAddressSpac
     }
     const std::wstring previous = m_elsewhereVersion.empty() ? m_knownVersion : m_elsewhereVersion;
     const size_t removed = m_versions.ApplyRetention(m_retention.Kept()).size();
-    m_journal.Record(CL::kJournalAddressSpaceSaved, SaveDetails(exchangeFile, document, removed), written,
+    m_journal.Record(CL::kJournalAddressSpaceSaved, SaveDetails(exchangeFile, removed), written,
                      previous == written ? std::wstring() : previous);
     m_knownVersion = written;
     m_elsewhereVersion.clear();
@@ -118,13 +153,24 @@ void CChangeRecorder::NoteRestored(const std::wstring& versionFile)
                      versionFile);
 }
 
-std::wstring CChangeRecorder::SaveDetails(const std::wstring& exchangeFile, const CAddressSpaceDocument& /*document*/,
-                                          size_t removedVersions) const
+std::wstring CChangeRecorder::SaveDetails(const std::wstring& exchangeFile, size_t removedVersions) const
 {
     std::wstring details = L"Saved to " + exchangeFile + L".";
-    if (!m_elsewhereVersion.empty())
-        details += L" The server's address space had been changed elsewhere since it was loaded; those changes "
-                   L"were overridden.";
+    if (m_compared)
+        details += CL::Format(L" %zu added, %zu removed, %zu changed, %zu moved.", m_saveCounts.added,
+                              m_saveCounts.removed, m_saveCounts.changed, m_saveCounts.moved);
+    if (!m_elsewhereVersion.empty()) {
+        details += L" The server's address space had been changed elsewhere since it was loaded";
+        if (m_compared)
+            details += CL::Format(L" (%zu change(s))", m_serverChanges);
+        details += L"; those changes were overridden.";
+        if (m_compared)
+            details += CL::Format(L" %zu conflict(s) overridden", m_conflicts.size());
+        for (size_t i = 0; i < m_conflicts.size() && i < 20; ++i)
+            details += (i ? L", " : L": ") + m_conflicts[i];
+        if (m_compared)
+            details += L".";
+    }
     if (!m_restoredFrom.empty())
         details += L" Restored from " + m_restoredFrom + L".";
     if (removedVersions)

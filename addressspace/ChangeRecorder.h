@@ -18,6 +18,7 @@
 
 #include <string>
 
+#include "addressspace/AddressSpaceCompare.h"
 #include "addressspace/AddressSpaceVersions.h"
 #include "addressspace/ExchangeObserver.h"
 #include "addressspace/VersionRetention.h"
@@ -49,8 +50,11 @@ private:
     // Keeps the bytes unless the newest version holds the same; returns the
     // version's path (empty when keeping failed: logged and shown).
     std::wstring KeepVersion(const std::string& bytes);
-    std::wstring SaveDetails(const std::wstring& exchangeFile, const CAddressSpaceDocument& document,
-                             size_t removedVersions) const;
+    // What the Save does to the server's address space as far as known:
+    // the counts against it, and (when it was changed elsewhere since the
+    // load) the server's changes and the conflicts the Save overrides.
+    void CompareBeforeSave(const std::wstring& exchangeFile, const CAddressSpaceDocument& document);
+    std::wstring SaveDetails(const std::wstring& exchangeFile, size_t removedVersions) const;
     static ULONGLONG LastWriteTime(const std::wstring& path);
 
     CAddressSpaceVersions m_versions;
@@ -61,4 +65,8 @@ private:
     std::wstring m_elsewhereVersion;    // the exchange file changed elsewhere, kept at this Save
     std::wstring m_restoredFrom;        // the version last restored into the editor
     ULONGLONG m_knownWriteTime = 0;     // the exchange file's time after the last load or Save
+    CompareSummary m_saveCounts;        // the Save against the server's address space before it
+    size_t m_serverChanges = 0;         // changes made elsewhere since the load
+    std::vector<std::wstring> m_conflicts;   // paths changed on both sides
+    bool m_compared = false;
 };

@@ -37,6 +37,9 @@ public:
     bool Create() override;
     void ReloadFromFile() override;
     void RestoreVersion(const std::wstring& file) override;
+    void CompareWithVersion(const std::wstring& file) override;
+    void CompareVersionWithServer(HWND owner, const std::wstring& file) override;
+    void CompareVersions(HWND owner, const std::wstring& older, const std::wstring& newer) override;
 
 private:
     bool PreTranslateMessage(MSG& msg) override;

@@ -25,6 +25,13 @@ public:
     // undoable change (the change history's Restore). Throws when the file
     // cannot be loaded.
     virtual void RestoreVersion(const std::wstring& file) = 0;
+    // The review of changes (the change history's compares): the open
+    // editor's address space against a version; a version against the
+    // server's address space now; two versions (older, newer). Throw when a
+    // file cannot be loaded.
+    virtual void CompareWithVersion(const std::wstring& file) = 0;
+    virtual void CompareVersionWithServer(HWND owner, const std::wstring& file) = 0;
+    virtual void CompareVersions(HWND owner, const std::wstring& older, const std::wstring& newer) = 0;
 };
 
 } // namespace CL

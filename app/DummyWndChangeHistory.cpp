@@ -22,6 +22,20 @@ CL::ChangeHistoryActions CDummyWnd::HistoryActions()
             m_wndMain->RestoreVersion(version);
             return true;
         };
+    if (m_wndMain) {
+        actions.compareFiles = [this](HWND owner, const std::wstring& older, const std::wstring& newer) {
+            m_wndMain->CompareVersions(owner, older, newer);
+        };
+        // The editor's address space: the editor is opened (loaded from the
+        // server) when it is not open yet.
+        actions.compareWithEditor = [this](HWND, const std::wstring& version) {
+            if (ShowEditor())
+                m_wndMain->CompareWithVersion(version);
+        };
+        actions.compareWithServer = [this](HWND owner, const std::wstring& version) {
+            m_wndMain->CompareVersionWithServer(owner, version);
+        };
+    }
     if (m_options)
         actions.restoreSettings = [this](HWND owner, const std::wstring& backup) {
             return RunOptions([this, owner, &backup] { return m_options->RunFrom(owner, backup); });

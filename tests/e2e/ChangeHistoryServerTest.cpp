@@ -27,11 +27,11 @@
 
 namespace {
 
-std::string SpaceWithItem(const std::string& name)
+std::string SpaceWithItem(const std::string& name, const std::string& scanRate = "1000")
 {
     return "<Morvane_OPCDAAddressSpace Name=\"\"><Branch Name=\"Plant\"><Item Name=\"" + name +
-           "\" CanonicalDataType=\"3\" Quality=\"192\" Writable=\"0\" Readable=\"-1\" ScanRate=\"1000\" "
-           "Archive=\"0\"><Value>7</Value></Item></Branch></Morvane_OPCDAAddressSpace>";
+           "\" CanonicalDataType=\"3\" Quality=\"192\" Writable=\"0\" Readable=\"-1\" ScanRate=\"" + scanRate +
+           "\" Archive=\"0\"><Value>7</Value></Item></Branch></Morvane_OPCDAAddressSpace>";
 }
 
 class HistoryWithServer : public testing::Test {
@@ -98,25 +98,33 @@ TEST_F(HistoryWithServer, SaveKeepsTheLoadedAndTheSavedVersionAndJournalsIt)
     EXPECT_EQ(entries[0].account, CL::CChangeJournal::CurrentAccount());
     EXPECT_EQ(entries[0].file, versions[0]);
     EXPECT_EQ(entries[0].previousFile, versions[1]);
+    EXPECT_EQ(entries[0].details,
+              L"Saved to " + server.File(kExchangeFileName) + L". 1 added, 0 removed, 0 changed, 0 moved.");
 }
 
-TEST_F(HistoryWithServer, ChangeMadeElsewhereIsKeptAndNamedInTheSave)
+TEST_F(HistoryWithServer, ChangeMadeElsewhereIsKeptAndItsConflictNamedInTheSave)
 {
-    // Another control panel gives the server its address space meanwhile.
+    // Another control panel gives the server its address space meanwhile:
+    // the item's scan rate changed there.
     ::Sleep(50);
-    server.WriteExchangeFile(SpaceWithItem("Elsewhere"));
+    server.WriteExchangeFile(SpaceWithItem("Loaded", "250"));
     CL::ControlServiceCode(server.ServiceName(), CL::kControlReloadAddressSpace);
     ASSERT_TRUE(server.WaitForLoadCount(2));
+    // Here the same item is removed, and one added.
+    Document().Model()->RootBranch()->FindBranch(L"Plant")->RemoveItem(L"Loaded");
     AddItem(L"Mine");
     test::MessageBoxAnswerer yes([](const test::MessageBoxInfo&) { return IDYES; });
     Save();
     ASSERT_TRUE(server.WaitForLoadCount(3));
     const std::vector<std::wstring> versions = Versions();
     ASSERT_EQ(versions.size(), 3u);
-    EXPECT_NE(test::ReadFileBytes(versions[1]).find("\"Elsewhere\""), std::string::npos);
+    EXPECT_NE(test::ReadFileBytes(versions[1]).find("ScanRate=\"250\""), std::string::npos);
     const CL::CJournalEntry entry = Entries().at(0);
     EXPECT_EQ(entry.previousFile, versions[1]);
-    EXPECT_NE(entry.details.find(L"changed elsewhere"), std::wstring::npos) << CL::Narrow(entry.details);
+    EXPECT_EQ(entry.details, L"Saved to " + server.File(kExchangeFileName) +
+                                 L". 1 added, 1 removed, 0 changed, 0 moved. The server's address space had been "
+                                 L"changed elsewhere since it was loaded (1 change(s)); those changes were "
+                                 L"overridden. 1 conflict(s) overridden: Plant.Loaded.");
 }
 
 TEST_F(HistoryWithServer, RestoreFromTheHistoryThenSaveGivesTheVersionBackToTheServer)

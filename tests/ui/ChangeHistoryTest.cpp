@@ -311,6 +311,20 @@ TEST_F(HistoryTray, RestoreOfAVersionOpensTheEditorFirst)
     EXPECT_EQ(editor.restored, std::vector<std::wstring>{L"C:\\v.xml"});
 }
 
+TEST_F(HistoryTray, ComparesGoToTheEditorWhichIsOpenedForTheEditorsCompare)
+{
+    window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor));
+    ASSERT_TRUE(window.CreateEx());
+    const CL::ChangeHistoryActions actions = window.HistoryActions();
+    actions.compareFiles(nullptr, L"a.xml", L"b.xml");
+    actions.compareWithServer(nullptr, L"b.xml");
+    EXPECT_EQ(editor.created, 0) << "comparing versions or the server needs no editor window";
+    actions.compareWithEditor(nullptr, L"b.xml");
+    EXPECT_EQ(editor.created, 1);
+    EXPECT_EQ(editor.compared,
+              (std::vector<std::wstring>{L"versions a.xml b.xml", L"server b.xml", L"editor b.xml"}));
+}
+
 TEST_F(HistoryTray, RestoreOfAVersionDeclinedLoadRestoresNothing)
 {
     window.SetAddressSpaceEditor(std::make_unique<test::FakeEditor>(editor, false));

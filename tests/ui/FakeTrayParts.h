@@ -42,6 +42,7 @@ struct EditorCounters {
     bool reloadFails = false;
     HWND window = nullptr;
     std::vector<std::wstring> restored;   // RestoreVersion's files
+    std::vector<std::wstring> compared;   // the compares asked for
 };
 
 class FakeEditor : public CL::IAddressSpaceEditor {
@@ -72,6 +73,15 @@ public:
             throw CL::CException(E_FAIL, L"Error loading OPC Address Space file.");
     }
     void RestoreVersion(const std::wstring& file) override { m_counters.restored.push_back(file); }
+    void CompareWithVersion(const std::wstring& file) override { m_counters.compared.push_back(L"editor " + file); }
+    void CompareVersionWithServer(HWND, const std::wstring& file) override
+    {
+        m_counters.compared.push_back(L"server " + file);
+    }
+    void CompareVersions(HWND, const std::wstring& older, const std::wstring& newer) override
+    {
+        m_counters.compared.push_back(L"versions " + older + L" " + newer);
+    }
 
 private:
     EditorCounters& m_counters;
