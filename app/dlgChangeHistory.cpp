@@ -57,8 +57,9 @@ BOOL CdlgChangeHistory::OnInitDialog()
         const HICON icon = ::LoadIconW(ModuleInstance(), MAKEINTRESOURCEW(IDI_MAIN));
         ::SendMessageW(Hwnd(), WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(icon));
         m_list.Attach(GetDlgItem(IDC_HISTORY_LIST));
-        CAccessibleName::Set(m_list, L"Changes");
-        m_list.SetColumns({{L"Time (UTC)", 120}, {L"Action", 130}, {L"Account", 110}, {L"Computer", 90},
+        // The list is spoken with the count of changes above it.
+        CAccessibleName::SetLabel(m_list, GetDlgItem(IDC_HISTORY_COUNT), L"Changes");
+        m_list.SetColumns({{L"Time (UTC)", 140}, {L"Action", 140}, {L"Account", 110}, {L"Computer", 90},
                            {L"Details", 400}});
         m_list.SetRows(&m_rows);
         using A = CDialogAnchors;

@@ -167,6 +167,8 @@ TEST_F(ChangeRecorderTest, FirstSaveKeepsTheLoadedAndTheSavedAddressSpace)
     EXPECT_EQ(entries[0].action, L"Address space saved");
     EXPECT_EQ(entries[0].file, versions[0]);
     EXPECT_EQ(entries[0].previousFile, versions[1]);
+    EXPECT_EQ(entries[0].details,
+              L"Saved to " + exchange.ExchangeFile() + L". 1 added, 0 removed, 0 changed, 0 moved.");
 
     // A second Save keeps only what it writes; its previous is the first's.
     AddItem(L"Second");
