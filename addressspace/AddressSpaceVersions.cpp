@@ -86,7 +86,8 @@ std::vector<std::wstring> CAddressSpaceVersions::List() const
 {
     std::vector<std::wstring> names;
     WIN32_FIND_DATAW found;
-    const std::wstring pattern = m_folder + m_stem + L".????_??_??-??_??_??*" + kExtension;
+    // "????_??_??" "-??_??_??": written apart, as "??-" would be a trigraph.
+    const std::wstring pattern = m_folder + m_stem + L".????_??_??" L"-??_??_??*" + kExtension;
     const HANDLE search = ::FindFirstFileW(pattern.c_str(), &found);
     if (search == INVALID_HANDLE_VALUE)
         return names;
