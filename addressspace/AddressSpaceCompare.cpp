@@ -1,5 +1,6 @@
 #include "addressspace/AddressSpaceCompare.h"
 
+#include <cstring>
 #include <cwchar>
 #include <cwctype>
 #include <unordered_map>
@@ -41,8 +42,35 @@ std::wstring ValueText(const VARIANT& value)
     }
 }
 
-// Equal values of equal type, without making texts of the scalar ones (the
-// compare must stay fast on a hundred thousand items).
+// Equal one-dimensional arrays of equal element type: bounds, then the
+// elements (strings by their text, the rest by their bytes).
+bool SameArray(const VARIANT& a, const VARIANT& b)
+{
+    const SAFEARRAY* x = a.parray;
+    const SAFEARRAY* y = b.parray;
+    if (!x || !y)
+        return x == y;
+    if (x->cDims != 1 || y->cDims != 1 || x->cbElements != y->cbElements ||
+        x->rgsabound[0].cElements != y->rgsabound[0].cElements || x->rgsabound[0].lLbound != y->rgsabound[0].lLbound)
+        return false;
+    const ULONG count = x->rgsabound[0].cElements;
+    if ((a.vt & VT_TYPEMASK) == VT_BSTR) {
+        const BSTR* p = static_cast<const BSTR*>(x->pvData);
+        const BSTR* q = static_cast<const BSTR*>(y->pvData);
+        for (ULONG i = 0; i < count; ++i) {
+            const UINT length = ::SysStringLen(p[i]);
+            if (length != ::SysStringLen(q[i]) || std::wmemcmp(p[i], q[i], length) != 0)
+                return false;
+        }
+        return true;
+    }
+    if ((a.vt & VT_TYPEMASK) == VT_VARIANT || (a.vt & VT_TYPEMASK) == VT_DECIMAL)
+        return ValueText(a) == ValueText(b);
+    return std::memcmp(x->pvData, y->pvData, static_cast<size_t>(count) * x->cbElements) == 0;
+}
+
+// Equal values of equal type, without making texts of them (the compare
+// must stay fast on a hundred thousand items).
 bool SameValue(const VARIANT& a, const VARIANT& b)
 {
     if (a.vt != b.vt)
@@ -61,7 +89,9 @@ bool SameValue(const VARIANT& a, const VARIANT& b)
     case VT_R4: return a.lVal == b.lVal;   // the bits, so that a NaN equals itself
     case VT_I8: case VT_UI8: case VT_R8: case VT_CY: case VT_DATE: return a.llVal == b.llVal;
     default:
-        // Arrays and the rare rest: by their texts.
+        if ((a.vt & VT_ARRAY) && !(a.vt & VT_BYREF))
+            return SameArray(a, b);
+        // The rare rest: by their texts.
         return ValueText(a) == ValueText(b);
     }
 }

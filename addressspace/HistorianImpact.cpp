@@ -55,6 +55,17 @@ bool CHistorianImpact::Affects(const AddressSpaceDifference& d)
            (d.field == L"Data type" || (d.field == L"Archive" && d.after == L"No"));
 }
 
+void CHistorianImpact::Concerned(const AddressSpaceDifferences& differences, std::vector<std::wstring>& itemIds,
+                                 std::vector<std::wstring>& branchPaths)
+{
+    std::set<std::wstring> ids, paths;
+    for (const AddressSpaceDifference& d : differences)
+        if (Affects(d))
+            (d.subject == DifferenceSubject::Item ? ids : paths).insert(d.itemId);
+    itemIds.assign(ids.begin(), ids.end());
+    branchPaths.assign(paths.begin(), paths.end());
+}
+
 template <typename Visit>
 void CHistorianImpact::ForEachEntry(const AddressSpaceDifference& d, Visit visit) const
 {

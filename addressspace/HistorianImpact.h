@@ -35,6 +35,10 @@ public:
     // removed or moved item or branch, an item whose archive flag goes off,
     // an item with another data type.
     static bool Affects(const AddressSpaceDifference& difference);
+    // What to ask the historian about: the item IDs of the affected items
+    // and the paths of the affected branches (every ID below them).
+    static void Concerned(const AddressSpaceDifferences& differences, std::vector<std::wstring>& itemIds,
+                          std::vector<std::wstring>& branchPaths);
     // The values archived under the difference's item ID (for a branch:
     // under every ID below its path). Zero when it affects none.
     ArchivedValues For(const AddressSpaceDifference& difference) const;

@@ -26,13 +26,14 @@
 #include "addressspace/FindCursor.h"
 #include "addressspace/ItemFields.h"
 #include "addressspace/ItemRows.h"
-#include "addressspace/dlgReviewChanges.h"
 #include "common/Window.h"
+#include "common/historian/HistorianValues.h"
 #include "common/ui/FrameBars.h"
 #include "common/ui/ReportList.h"
 #include "common/ui/Splitter.h"
 
 class CdlgAddItem;
+struct ReviewServices;   // dlgReviewChanges.h
 
 class CMainFrame : public CL::CWindow, public IAddressSpaceViews {
 public:
@@ -46,7 +47,9 @@ public:
     using UrlOpener = std::function<void(const std::wstring&)>;
     // The historian's summary (item ID, count, first and last time) for the
     // review of changes; throws when the historian cannot be opened.
-    using HistorianSummary = std::function<std::vector<CL::CHistorianSummaryEntry>()>;
+    // The item IDs asked for, and branch paths standing for every ID below.
+    using HistorianSummary = std::function<std::vector<CL::CHistorianSummaryEntry>(
+        const std::vector<std::wstring>& itemIds, const std::vector<std::wstring>& branchPaths)>;
 
     static constexpr wchar_t kClassName[] = L"MorvaneAddressSpaceEditor";
     static constexpr wchar_t kTitle[] = L" OPC Address Space";

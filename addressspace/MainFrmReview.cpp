@@ -3,6 +3,7 @@
 #include "addressspace/AddressSpaceCompare.h"
 #include "addressspace/EditorStatus.h"
 #include "addressspace/MainFrm.h"
+#include "addressspace/dlgReviewChanges.h"
 #include "common/DiagnosticLog.h"
 #include "common/ErrorReport.h"
 #include "res/resource.h"

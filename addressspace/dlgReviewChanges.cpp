@@ -189,22 +189,23 @@ bool CdlgReviewChanges::ShowFile(const std::wstring& path)
     return ShowSource(Source::File);
 }
 
-void CdlgReviewChanges::LoadHistorian()
+void CdlgReviewChanges::LoadHistorian(const AddressSpaceDifferences& differences)
 {
-    if (m_historianRead)
+    m_summary.clear();
+    m_historianOpened = false;
+    if (m_historianFailed || !m_services.historianSummary)
         return;
-    m_historianRead = true;
-    if (!m_services.historianSummary)
-        return;
+    std::vector<std::wstring> itemIds, branchPaths;
+    CHistorianImpact::Concerned(differences, itemIds, branchPaths);
     try {
         CL::CWaitCursor wait;
-        m_summary = m_services.historianSummary();
+        m_summary = m_services.historianSummary(itemIds, branchPaths);
         m_historianOpened = true;
     } catch (...) {
         // The review goes on without the figures; the column says so.
         Log(1, "Review Changes: the historian cannot be opened" + MV_POS());
         m_summary.clear();
-        m_historianOpened = false;
+        m_historianFailed = true;
     }
 }
 
@@ -226,7 +227,7 @@ void CdlgReviewChanges::Recompute()
         }
     // The historian is asked only when some row concerns archived values.
     if (affects)
-        LoadHistorian();
+        LoadHistorian(differences);
     const bool known = m_historianOpened || !affects;
     const CHistorianImpact impact(m_summary);
     if (!affects)

@@ -48,9 +48,12 @@ struct ReviewServices {
     // The server's address space now (null when the user gave up);
     // empty: the window offers no "The server now".
     std::function<ModelPtr()> serverNow;
-    // The historian's summary (one query); a throw or an empty function
-    // means the historian cannot be opened: the impact column says so.
-    std::function<std::vector<CL::CHistorianSummaryEntry>()> historianSummary;
+    // The historian's summary (one query) of the given item IDs and of every
+    // ID below the given branch paths; a throw or an empty function means
+    // the historian cannot be opened: the impact column says so.
+    std::function<std::vector<CL::CHistorianSummaryEntry>(const std::vector<std::wstring>& itemIds,
+                                                          const std::vector<std::wstring>& branchPaths)>
+        historianSummary;
     // Runs the editor's Save (with its question); empty: no Save button.
     std::function<void()> save;
     // Called after a revert went into the document's history, so that the
@@ -121,8 +124,9 @@ private:
     bool Editing() const noexcept { return m_document != nullptr; }
     // Compares the current "before" with the "after" and fills the list.
     void Recompute();
-    // Reads the historian's summary once per window.
-    void LoadHistorian();
+    // Reads the historian's summary of what the differences concern (not
+    // again once the historian could not be opened).
+    void LoadHistorian(const AddressSpaceDifferences& differences);
     void FillSourceCombo();
     void OnSourceChosen();
     void OnCompareWithFile();
@@ -146,7 +150,7 @@ private:
     std::wstring m_filePath;        // the file compared, once one was chosen
     ModelPtr m_file;
 
-    bool m_historianRead = false;
+    bool m_historianFailed = false;
     bool m_historianOpened = false;
     std::vector<CL::CHistorianSummaryEntry> m_summary;
 

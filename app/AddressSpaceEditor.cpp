@@ -4,6 +4,7 @@
 #include "app/AboutDlg.h"
 #include "common/ChangeJournal.h"
 #include "common/historian/Historian.h"
+#include "common/historian/HistorianSummaryOf.h"
 #include "config/Settings.h"
 
 namespace CL {
@@ -15,7 +16,10 @@ CAddressSpaceEditor::CAddressSpaceEditor(CHistorian& historian, CAddressSpaceExc
     m_recorder = std::make_shared<CChangeRecorder>(m_frame.Exchange().ExchangeFile(), CChangeJournal::Instance());
     m_frame.Exchange().SetObserver(m_recorder);
     m_frame.SetHistoryHook(MakeHistoricalDataHook(historian));
-    m_frame.SetHistorianSummary([&historian] { return historian.ReadSummary(); });
+    m_frame.SetHistorianSummary([&historian](const std::vector<std::wstring>& itemIds,
+                                             const std::vector<std::wstring>& branchPaths) {
+        return ReadSummaryOf(historian, itemIds, branchPaths);
+    });
     m_frame.SetAboutHook([](HWND owner) {
         CAboutDlg dialog;
         dialog.DoModal(owner);

@@ -13,11 +13,13 @@
 #include "addressspace/dlgDuplicate.h"
 #include "addressspace/dlgFind.h"
 #include "addressspace/dlgVersionRetention.h"
+#include "addressspace/dlgReviewChanges.h"
 #include "app/AboutDlg.h"
 #include "app/dlgChangeHistory.h"
 #include "common/ChangeJournal.h"
 #include "common/historian/Historian.h"
 #include "common/historian/HistoricDataWriter.h"
+#include "common/historian/HistorianSummaryOf.h"
 #include "config/DbRetention.h"
 #include "config/Settings.h"
 #include "config/dlgDbOptions.h"
@@ -117,6 +119,39 @@ std::unique_ptr<OpenedWindow> ChangeHistory()
     actions.compareFiles = [](HWND, const std::wstring&, const std::wstring&) {};
     auto& dialog = opened->Keep<CL::CdlgChangeHistory>(journal, exchange, CVersionRetention(HKEY_CURRENT_USER,
                                                        L"Software\\MorvaneTests\\CatalogRetention"), actions);
+    opened->SetHwnd(dialog.Create(nullptr));
+    return opened;
+}
+
+// The review of changes over an editor's document: the archived item
+// Plant.Line1.Speed removed, another item's scan rate changed; the historian
+// holds Speed's values.
+std::unique_ptr<OpenedWindow> ReviewChanges()
+{
+    auto opened = std::make_unique<OpenedWindow>();
+    CL::CHistorian& historian = HistorianWithValues(*opened);
+    auto& document = opened->Keep<CAddressSpaceDocument>();
+    using BranchPtr = CL::CSmartPtr<COPCServerAddressSpaceBranch>;
+    using ItemPtr = CL::CSmartPtr<COPCItem>;
+    BranchPtr plant = BranchPtr::Make(L"Plant");
+    BranchPtr line1 = BranchPtr::Make(L"Line1");
+    document.Model()->RootBranch()->AddBranch(plant);
+    plant->AddBranch(line1);
+    for (const wchar_t* name : {L"Speed", L"Count"}) {
+        ItemPtr item = ItemPtr::Make(COPCItem::kReadable, 1000, true, WORD(192), VARTYPE(VT_R8), nullptr);
+        item->Rename(name);
+        line1->AddItem(item);
+    }
+    document.SetDirty(false);
+    line1->RemoveItem(L"Speed");
+    line1->FindItem(L"Count")->SetScanRate(250);
+    ReviewServices services;
+    services.historianSummary = [&historian](const std::vector<std::wstring>& itemIds,
+                                             const std::vector<std::wstring>& branchPaths) {
+        return CL::ReadSummaryOf(historian, itemIds, branchPaths);
+    };
+    services.save = [] {};
+    auto& dialog = opened->Keep<CdlgReviewChanges>(document, services);
     opened->SetHwnd(dialog.Create(nullptr));
     return opened;
 }
@@ -238,6 +273,7 @@ const std::vector<WindowEntry>& EveryWindow()
         {"ItemDialog", [] { return Dialog<CdlgAddItem>(IDD_ADDITEM); }},
         {"BranchDialog", [] { return Dialog<CdlgAddBranch>(IDD_ADDBRANCH); }},
         {"CsvImportReport", CsvImportReport},
+        {"ReviewChanges", ReviewChanges},
         {"FindDialog", FindDialog},
         {"DuplicateDialog", DuplicateDialog},
         {"DatabaseExplorer", Explorer},

@@ -364,3 +364,24 @@ TEST(AddressSpaceCompare, HundredThousandItemsWithAThousandDifferences)
     RecordProperty("milliseconds", static_cast<int>(ms));
     std::printf("compare of 100,000 items with 1,000 differences: %.1f ms\n", ms);
 }
+
+TEST(AddressSpaceCompare, ArraysCompareElementByElement)
+{
+    auto array = [](const wchar_t* text, VARTYPE vt) {
+        return CL::StringToVariant(text, vt, CL::kLocaleInvariant, CL::kArraySeparator);
+    };
+    SpacePtr a = SpacePtr::Make();
+    for (const VARTYPE vt : {VARTYPE(VT_ARRAY | VT_I4), VARTYPE(VT_ARRAY | VT_BSTR)}) {
+        ItemPtr item = ItemPtr::Make(COPCItem::kReadable, 1000, false, WORD(192), vt, nullptr);
+        item->Rename(vt == (VT_ARRAY | VT_I4) ? L"Numbers" : L"Texts");
+        item->SetValue(array(L"1\r\n2\r\n3", vt));
+        a->RootBranch()->AddItem(item);
+    }
+    SpacePtr b = CL::CopyAddressSpace(*a);
+    EXPECT_TRUE(CompareAddressSpaces(*a, *b).empty());
+    b->RootBranch()->FindItem(L"Numbers")->SetValue(array(L"1\r\n2\r\n4", VT_ARRAY | VT_I4));
+    b->RootBranch()->FindItem(L"Texts")->SetValue(array(L"1\r\n2", VT_ARRAY | VT_BSTR));
+    EXPECT_EQ(Describe(CompareAddressSpaces(*a, *b)),
+              (std::vector<std::wstring>{L"Changed Item Numbers Value [1\r\n2\r\n3] -> [1\r\n2\r\n4]",
+                                         L"Changed Item Texts Value [1\r\n2\r\n3] -> [1\r\n2]"}));
+}
