@@ -61,6 +61,8 @@ bool CAddressSpaceExchange::LoadFromServer(CAddressSpaceDocument& document)
     // A stopped server's file is its configuration as it stands.
     document.SetModel(LoadExchangeFile());
     document.SetDirty(false);
+    if (m_observer)
+        m_observer->Loaded(m_exchangeFile);
     return true;
 }
 
@@ -85,17 +87,23 @@ void CAddressSpaceExchange::ReloadFromFile(CAddressSpaceDocument& document)
         views->ClearViews();
     document.SetModel(std::move(model));
     document.SetDirty(false);
+    if (m_observer)
+        m_observer->Loaded(m_exchangeFile);
     if (IAddressSpaceViews* views = document.Views())
         views->FillViews();
 }
 
 void CAddressSpaceExchange::SaveToServer(CAddressSpaceDocument& document)
 {
+    if (m_observer)
+        m_observer->Saving(m_exchangeFile, document);
     document.Model()->Save(m_exchangeFile);
     // A stopped server reads the file when it starts.
     if (ServerRunning())
         CL::ControlServiceCode(m_serviceName(), CL::kControlReloadAddressSpace);
     document.SetDirty(false);
+    if (m_observer)
+        m_observer->Saved(m_exchangeFile, document);
 }
 
 ULONGLONG CAddressSpaceExchange::LastWriteTime() const

@@ -8,9 +8,11 @@
 #include <windows.h>
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "addressspace/AddressSpaceDocument.h"
+#include "addressspace/ExchangeObserver.h"
 
 inline constexpr wchar_t kExchangeFileName[] = L"DefaultAddressSpace.xml";
 
@@ -33,6 +35,10 @@ public:
     // How many looks at the file the last wait for the server took (0 when
     // the last load did not wait).
     int PollsOfLastWait() const noexcept { return m_polls; }
+    // Told of every load and save (versions and the change journal); none
+    // by default.
+    void SetObserver(std::shared_ptr<IExchangeObserver> observer) { m_observer = std::move(observer); }
+    IExchangeObserver* Observer() const noexcept { return m_observer.get(); }
 
     // Fills the document with the server's current address space: a running
     // server is asked to write it (code 129) and the file's last-write time
@@ -76,4 +82,5 @@ private:
     ServiceNameSource m_serviceName;
     std::wstring m_exchangeFile;
     mutable int m_polls = 0;
+    std::shared_ptr<IExchangeObserver> m_observer;
 };

@@ -365,6 +365,7 @@ void CMainFrame::OnCommand(WORD id)
     case ID_AS_EDIT_PROPERTIES: OnEditProperties(); break;
     case ID_AS_VIEW_TOOLBAR: OnViewToolbar(); break;
     case ID_AS_VIEW_STATUS_BAR: OnViewStatusBar(); break;
+    case ID_AS_VIEW_CHANGE_HISTORY: OnViewChangeHistory(); break;
     case ID_AS_HELP_ONLINE: OnHelpOnline(); break;
     case ID_AS_HELP_ABOUT: OnHelpAbout(); break;
     default: break;

@@ -70,6 +70,12 @@ public:
 
     void SetHistoryHook(HistoryHook hook) { m_history = std::move(hook); }
     void SetAboutHook(AboutHook hook) { m_about = std::move(hook); }
+    // Opens the change history over the owner window (View, Change History).
+    void SetChangeHistoryHook(AboutHook hook) { m_changeHistory = std::move(hook); }
+    // Takes a kept version (an address space file) into the editor as one
+    // step that undo takes back; the window must exist. Throws when the file
+    // cannot be loaded (the model stays as it was).
+    void RestoreVersion(const std::wstring& file);
     void SetUrlOpener(UrlOpener opener) { m_openUrl = std::move(opener); }
     void SetHistorianSummary(HistorianSummary summary) { m_historianSummary = std::move(summary); }
 
@@ -162,6 +168,7 @@ private:
     void OnViewStatusBar();
     void OnHelpOnline();
     void OnHelpAbout();
+    void OnViewChangeHistory();   // MainFrmChangeHistory.cpp
 
     // Tree and list.
     void OnTreeSelChanged(const NMTREEVIEWW& change);
@@ -269,6 +276,7 @@ private:
     wchar_t m_csvPath[261] = {};
     HistoryHook m_history;
     AboutHook m_about;
+    AboutHook m_changeHistory;
     UrlOpener m_openUrl;
     HistorianSummary m_historianSummary;
     // The last count of changes and the state it was counted for.

@@ -6,6 +6,7 @@
 // the frame's "About" and historical data commands to the app's windows.
 #include <memory>
 
+#include "addressspace/ChangeRecorder.h"
 #include "addressspace/MainFrm.h"
 #include "app/AddressSpaceEditorPart.h"
 #include "app/HistoricalDataHook.h"
@@ -26,6 +27,8 @@ public:
     ~CAddressSpaceEditor() override;
 
     CMainFrame& Frame() { return m_frame; }
+    // The versions and journal entries of this editor's Saves.
+    CChangeRecorder& Recorder() { return *m_recorder; }
     // Replaces what opens the historical data window of an item.
     void SetHistoricalDataOpener(HistoricalDataOpener opener);
 
@@ -33,12 +36,17 @@ public:
     bool PrepareOpen() override;
     bool Create() override;
     void ReloadFromFile() override;
+    void RestoreVersion(const std::wstring& file) override;
+    void CompareWithVersion(const std::wstring& file) override;
+    void CompareVersionWithServer(HWND owner, const std::wstring& file) override;
+    void CompareVersions(HWND owner, const std::wstring& older, const std::wstring& newer) override;
 
 private:
     bool PreTranslateMessage(MSG& msg) override;
 
     CHistorian& m_historian;
     CMainFrame m_frame;
+    std::shared_ptr<CChangeRecorder> m_recorder;
     CMessageLoop* m_loop = nullptr;
 };
 

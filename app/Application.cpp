@@ -72,8 +72,14 @@ int RunBody(UniqueKernelHandle& mutex)
 
     const MenuFlags flags = DecideMenuFlags();
     auto dummy = std::make_unique<CDummyWnd>(flags);
-    dummy->SetAddressSpaceEditor(std::make_unique<CAddressSpaceEditor>(*historian));
-    dummy->SetDatabaseExplorer(std::make_unique<CDatabaseExplorer>(*historian));
+    // The editor's and the explorer's "Change History..." open the tray's.
+    CDummyWnd* tray = dummy.get();
+    auto editor = std::make_unique<CAddressSpaceEditor>(*historian);
+    editor->Frame().SetChangeHistoryHook([tray](HWND owner) { tray->OpenChangeHistory(owner); });
+    auto explorer = std::make_unique<CDatabaseExplorer>(*historian);
+    explorer->Explorer().onChangeHistory = [tray](HWND owner) { tray->OpenChangeHistory(owner); };
+    dummy->SetAddressSpaceEditor(std::move(editor));
+    dummy->SetDatabaseExplorer(std::move(explorer));
     dummy->SetOptionsDialog(std::make_unique<COptionsDialogRunner>());
     dummy->SetSettingsAppliedHandler([&historian] { ConfigureHistorian(*historian, g_Settings); });
     if (!dummy->CreateEx())

@@ -5,6 +5,7 @@
 #include <cwchar>
 
 #include "app/AboutDlg.h"
+#include "app/ServiceJournal.h"
 #include "common/DiagnosticLog.h"
 #include "common/ErrorReport.h"
 #include "common/ServiceControl.h"
@@ -289,25 +290,29 @@ void CDummyWnd::OnMnDBExplorer()
 void CDummyWnd::OnMnOptions()
 {
     Log(3, "CDummyWnd::OnMnOptions [DummyWnd, 296]");
-    CL::RunReported([this] {
-        if (m_wndMain && ::IsWindow(m_wndMain->Window())) {
-            Inform(L"Please, close the OPC Address Space window and try again.", L"Options");
-            return;
-        }
-        if (!m_options) {
-            Log(2, "No options dialog in this build" + MV_POS());
-            return;
-        }
-        if (!m_options->Run(::GetActiveWindow()))
-            return;
-        // The settings are in force now: a reload that fails (no exchange
-        // file, say) is reported on its own and does not keep the historian
-        // on the old settings.
-        if (m_wndMain)
-            CL::RunReported([this] { m_wndMain->ReloadFromFile(); });
-        if (m_settingsApplied)
-            m_settingsApplied();
-    });
+    CL::RunReported([this] { RunOptions([this] { return m_options->Run(::GetActiveWindow()); }); });
+}
+
+bool CDummyWnd::RunOptions(const std::function<bool()>& run)
+{
+    if (m_wndMain && ::IsWindow(m_wndMain->Window())) {
+        Inform(L"Please, close the OPC Address Space window and try again.", L"Options");
+        return false;
+    }
+    if (!m_options) {
+        Log(2, "No options dialog in this build" + MV_POS());
+        return false;
+    }
+    if (!run())
+        return false;
+    // The settings are in force now: a reload that fails (no exchange
+    // file, say) is reported on its own and does not keep the historian
+    // on the old settings.
+    if (m_wndMain)
+        CL::RunReported([this] { m_wndMain->ReloadFromFile(); });
+    if (m_settingsApplied)
+        m_settingsApplied();
+    return true;
 }
 
 void CDummyWnd::OnMnAbout()
@@ -327,7 +332,8 @@ void CDummyWnd::OnMnStartServer()
             Inform(L"The server is already running.", kStartTitle);
             return;
         }
-        CL::StartServiceAndWait(g_Settings.ServiceName, L"", 0, kServiceTimeoutMs);
+        CL::JournalServiceStarted(g_Settings.ServiceName,
+                                  CL::StartServiceAndWait(g_Settings.ServiceName, L"", 0, kServiceTimeoutMs));
     });
 }
 
@@ -342,7 +348,8 @@ void CDummyWnd::OnMnStopServer()
         if (Ask(L"Are you sure you want to stop the server (all OPC clients will be disconnected)?",
                 kStopTitle) != IDYES)
             return;
-        CL::StopServiceAndWait(g_Settings.ServiceName, L"", 0, kServiceTimeoutMs);
+        CL::JournalServiceStopped(g_Settings.ServiceName,
+                                  CL::StopServiceAndWait(g_Settings.ServiceName, L"", 0, kServiceTimeoutMs));
     });
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "app/AddressSpaceEditorPart.h"
+#include "app/ChangeHistoryActions.h"
 #include "app/DatabaseExplorerPart.h"
 #include "app/MenuFlags.h"
 #include "app/OptionsDialogPart.h"
@@ -34,6 +35,13 @@ public:
     // Runs after the options dialog applied new settings (the historian is
     // configured anew from them).
     void SetSettingsAppliedHandler(std::function<void()> handler);
+
+    // The change history over the owner window (from the editor's and the
+    // explorer's menus), with its restores served by this window's editor
+    // and options dialog (DummyWndChangeHistory.cpp).
+    void OpenChangeHistory(HWND owner);
+    // The actions the change history gets from this window.
+    CL::ChangeHistoryActions HistoryActions();
 
     // The tray menu as a right-click shows it: menu 203 loaded, the server
     // caption set to the status asked now, the entries of cleared flags
@@ -63,6 +71,12 @@ private:
     void OnControl();
     void OnMnDBExplorer();
     void OnMnOptions();
+    // The options rule (refused while the editor is open) around a run of
+    // the dialog; after new settings: the editor's reload and the handler.
+    bool RunOptions(const std::function<bool()>& run);
+    // Opens the editor, or raises it when open; false when it is not open
+    // afterwards (the user declined the load, or it failed and was shown).
+    bool ShowEditor();
     void OnMnAbout();
     void OnMnStartServer();
     void OnMnStopServer();

@@ -3,6 +3,8 @@
 // whether new settings were applied.
 #include <windows.h>
 
+#include <string>
+
 namespace CL {
 
 class IOptionsDialog {
@@ -10,6 +12,9 @@ public:
     virtual ~IOptionsDialog() = default;
     // Runs the dialog modally; true when it ended with OK.
     virtual bool Run(HWND owner) = 0;
+    // The same dialog filled from a settings backup (the change history's
+    // Restore); its OK runs the same settings change.
+    virtual bool RunFrom(HWND owner, const std::wstring& backup) = 0;
 };
 
 } // namespace CL

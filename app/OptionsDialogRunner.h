@@ -11,6 +11,7 @@ class COptionsDialogRunner final : public IOptionsDialog {
 public:
     // The dialog runs against the running program's installation folder.
     bool Run(HWND owner) override;
+    bool RunFrom(HWND owner, const std::wstring& backup) override;
 
 private:
     CServerProcessControl m_server;

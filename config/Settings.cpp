@@ -232,6 +232,14 @@ void SaveSettings()
     SaveSettingsTo(GetInstallationFolderPath(CL::kSettingsFileName));
 }
 
+std::vector<std::pair<std::wstring, std::wstring>> SettingsAttributeTexts(const CSettings& settings)
+{
+    std::vector<std::pair<std::wstring, std::wstring>> texts;
+    for (const Key& key : Keys())
+        texts.emplace_back(key.name, FieldText(key, settings));
+    return texts;
+}
+
 std::wstring GetInstallationFolderPath(const std::wstring& fileName)
 {
     return ModuleFolder() + fileName;

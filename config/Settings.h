@@ -4,6 +4,8 @@
 #include <windows.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 struct CSettings {
     std::wstring Title = L"Varnel";
@@ -64,6 +66,10 @@ void SaveSettings();
 // save never leaves a truncated settings file.
 void SaveSettingsTo(const std::wstring& path);
 void SaveSettingsTo(const std::wstring& path, const CSettings& settings);
+
+// Every key of the record with the text it is written to the file as, in
+// the file's order.
+std::vector<std::pair<std::wstring, std::wstring>> SettingsAttributeTexts(const CSettings& settings);
 
 // The running executable's folder joined with a file name.
 std::wstring GetInstallationFolderPath(const std::wstring& fileName);

@@ -4,6 +4,7 @@
 #include "common/Exception.h"
 #include "common/Text.h"
 #include "config/SettingsApplyTrail.h"
+#include "config/SettingsJournal.h"
 
 namespace {
 
@@ -73,6 +74,7 @@ std::wstring CSettingsApply::Apply(const CSettings& newSettings)
             StartService(trail, g_Settings.ServiceName);
         g_unfinished = {};
         Log(2, "New settings applied" + MV_POS());
+        JournalSettingsChange(backup, g_Settings);
         return backup;
     } catch (...) {
         trail.LogFailure();

@@ -135,8 +135,8 @@ void CdlgOptions::Init()
     ::SendMessageW(levels, CB_RESETCONTENT, 0, 0);
     for (const wchar_t* level : kLoggingLevels)
         ::SendMessageW(levels, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(level));
-    m_values = g_Settings;
-    m_retention = CDbRetention::From(g_Settings);
+    m_values = m_initial ? *m_initial : g_Settings;
+    m_retention = CDbRetention::From(m_values);
     ShowValues();
     EnableDependentControls();
 }

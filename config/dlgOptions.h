@@ -25,6 +25,9 @@ public:
     const std::wstring& BackupPath() const { return m_backupPath; }
 
     static std::wstring DefaultFolder();
+    // The values the dialog opens with instead of the settings in force
+    // (a backup being restored); call before DoModal.
+    void SetInitialValues(const CSettings& values) { m_initial = values; }
 
 protected:
     BOOL OnInitDialog() override;
@@ -83,6 +86,7 @@ private:
     CL::IServerControl& m_server;
     std::wstring m_folder;
     CSettings m_values;
+    std::optional<CSettings> m_initial;
     CDbRetention m_retention;
     bool m_daEnabled = true;
     bool m_hdaEnabled = true;

@@ -92,4 +92,20 @@ bool CDBExplorerRows::Less(size_t a, size_t b, int column) const
     }
 }
 
+unsigned long long CDBExplorerRows::TotalValueCount() const
+{
+    unsigned long long total = 0;
+    for (const Row& row : m_rows)
+        total += row.countKey;
+    return total;
+}
+
+unsigned long long CDBExplorerRows::ValueCountOf(const std::wstring& itemId) const
+{
+    for (const Row& row : m_rows)
+        if (row.itemId == itemId)
+            return row.countKey;
+    return 0;
+}
+
 } // namespace CL

@@ -37,6 +37,12 @@ public:
     // The row's times parsed back from its texts (local time).
     DATE Earliest(size_t row) const { return Shown(row).earliestKey; }
     DATE Latest(size_t row) const { return Shown(row).latestKey; }
+    unsigned long long ValueCount(size_t row) const { return Shown(row).countKey; }
+    // The value count of an item among all rows (filtered out or not); 0
+    // when the item has no row.
+    unsigned long long ValueCountOf(const std::wstring& itemId) const;
+    // The values of all rows.
+    unsigned long long TotalValueCount() const;
 
     size_t RowCount() const override { return m_shown.size(); }
     std::wstring CellText(size_t row, int column) const override;

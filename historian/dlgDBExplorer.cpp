@@ -19,6 +19,7 @@
 #include "common/ui/WorkProgress.h"
 #include "common/ui/WaitCursor.h"
 #include "common/historian/Historian.h"
+#include "historian/DeletionJournal.h"
 #include "historian/HistoryExporter.h"
 #include "historian/dlgHistData.h"
 #include "historian/PickerTime.h"
@@ -267,6 +268,9 @@ void CdlgDBExplorer::OnCommand(WORD id)
     case ID_DBEXPLORER_SELECT_ALL:
         OnSelectAll();
         break;
+    case ID_DBEXPLORER_CHANGE_HISTORY:
+        OnChangeHistory();
+        break;
     case ID_DBEXPLORER_FIND:
         OnFind();
         break;
@@ -280,6 +284,7 @@ void CdlgDBExplorer::OnCommand(WORD id)
 // read; Esc or Cancel stops the read and leaves the list empty.
 void CdlgDBExplorer::Refresh()
 {
+    m_refreshed = false;
     CL::RunReported([this] {
         CL::CWaitCursor wait;
         m_rows.Clear();
@@ -303,6 +308,7 @@ void CdlgDBExplorer::Refresh()
         m_list.Reset();
         m_list.SetSortIndicator(CL::CDBExplorerRows::kItemId, true);
         ShowCount();
+        m_refreshed = true;
     });
 }
 
@@ -419,11 +425,13 @@ void CdlgDBExplorer::OnDeleteAll()
     CL::RunReported([this] {
         if (!Ask(kClearQuestion))
             return;
+        const CL::CDeletion deletion = DeletionOfAll();
         {
             CL::CWaitCursor wait;
             m_historian.DeleteAll();
         }
         Refresh();
+        JournalDeleted(deletion);
     });
 }
 
@@ -447,12 +455,35 @@ void CdlgDBExplorer::OnDelete()
         // The last whole second shown is inside the period.
         const DATE from = CL::LocalToUtcDate(period.m_from);
         const DATE to = CL::LocalToUtcDate(period.m_to + CL::kOneSecond);
+        CL::CDeletion deletion{itemIds, period.m_useFrom, from, period.m_useTo, to};
+        for (size_t row : selected)
+            deletion.valuesBefore += m_rows.ValueCount(row);
         {
             CL::CWaitCursor wait;
             m_historian.DeleteItems(itemIds, period.m_useFrom, from, period.m_useTo, to);
         }
         Refresh();
+        JournalDeleted(deletion);
     });
+}
+
+CL::CDeletion CdlgDBExplorer::DeletionOfAll() const
+{
+    CL::CDeletion deletion;
+    deletion.itemsBefore = m_rows.TotalCount();
+    deletion.valuesBefore = m_rows.TotalValueCount();
+    return deletion;
+}
+
+// The values left after the refresh tell how many the deletion removed.
+void CdlgDBExplorer::JournalDeleted(CL::CDeletion deletion)
+{
+    for (const std::wstring& itemId : deletion.itemIds)
+        deletion.valuesAfter += m_rows.ValueCountOf(itemId);
+    if (deletion.itemIds.empty())
+        deletion.valuesAfter = m_rows.TotalValueCount();
+    deletion.countKnown = m_refreshed;
+    CL::JournalDeletion(deletion);
 }
 
 void CdlgDBExplorer::OnShowData()
@@ -542,6 +573,15 @@ void CdlgDBExplorer::OnAbout()
     CL::RunReported([this] {
         if (onAbout)
             onAbout(Hwnd());
+    });
+}
+
+void CdlgDBExplorer::OnChangeHistory()
+{
+    Log(3, "CdlgDBExplorer::OnChangeHistory" + MV_POS());
+    CL::RunReported([this] {
+        if (onChangeHistory)
+            onChangeHistory(Hwnd());
     });
 }
 

@@ -21,6 +21,7 @@
 #include "common/ui/ReportList.h"
 #include "historian/DBExplorerFilterBar.h"
 #include "historian/DBExplorerRows.h"
+#include "historian/DeletionJournal.h"
 
 class CdlgTimePeriod;
 
@@ -36,6 +37,8 @@ public:
     void SetProductName(const std::wstring& name) { m_productName = name; }
     // Runs the about box for the "About" command (nothing when unset).
     std::function<void(HWND owner)> onAbout;
+    // Opens the change history over the explorer (its menu's "Change History...").
+    std::function<void(HWND owner)> onChangeHistory;
 
     // Creates the window (hidden; the caller shows it). Returns its HWND or NULL.
     HWND Create();
@@ -68,6 +71,7 @@ private:
     void OnCommand(WORD id);
     void OnRefresh();
     void OnDeleteAll();
+    void OnChangeHistory();
     void OnDelete();
     void OnShowData();
     void OnAbout();
@@ -91,6 +95,10 @@ private:
     void ShowCount();
 
     void Refresh();
+    // The deletion of every item as it stands before Delete all.
+    CL::CDeletion DeletionOfAll() const;
+    // Records a deletion in the change journal with the counts after it.
+    void JournalDeleted(CL::CDeletion deletion);
     // Source rows of the selected lines; shows "Nothing is selected" and
     // gives none when there are none.
     std::vector<size_t> SelectionOrSay();
@@ -102,5 +110,6 @@ private:
     CL::CReportList m_list;
     CDBExplorerFilterBar m_filterBar;
     CL::CDBExplorerRows m_rows;
+    bool m_refreshed = false;   // the last refresh read the summary
     HWND m_cancel = nullptr;   // a child of the status bar, destroyed with it
 };

@@ -22,4 +22,5 @@
 #include "resource_histwin.h"
 #include "resource_options.h"
 #include "resource_chart.h"
+#include "resource_journal.h"
 #include "resource_review.h"

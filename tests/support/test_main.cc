@@ -6,6 +6,7 @@
 
 #include "ProcessState.h"
 #include "addressspace/EditorLayout.h"
+#include "common/ChangeJournal.h"
 #include "common/RegistryKey.h"
 
 namespace {
@@ -67,8 +68,27 @@ private:
 
 } // namespace
 
+// The program's change journal lies beside the test program by default;
+// the tests' changes go to a journal of this run in the temporary folder
+// instead, removed at the end.
+class TestJournal {
+public:
+    TestJournal()
+    {
+        wchar_t folder[MAX_PATH] = {};
+        ::GetTempPathW(MAX_PATH, folder);
+        m_path = std::wstring(folder) + L"MorvaneTestJournal-" + std::to_wstring(::GetCurrentProcessId()) + L".csv";
+        CL::CChangeJournal::Instance().SetPath(m_path);
+    }
+    ~TestJournal() { ::DeleteFileW(m_path.c_str()); }
+
+private:
+    std::wstring m_path;
+};
+
 int main(int argc, char** argv)
 {
+    TestJournal journal;
     testing::InitGoogleTest(&argc, argv);
     testing::UnitTest::GetInstance()->listeners().Append(new TestIsolation);
     return RUN_ALL_TESTS();

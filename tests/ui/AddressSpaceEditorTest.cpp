@@ -142,7 +142,7 @@ TEST_F(EditorWindow, MenuHoldsEveryEntryWithItsAccelerator)
                                                      L"Find Pre&vious\tShift+F3", L"-", L"&New Branch...",
                                                      L"New &Item...", L"&Delete\tDel", L"-",
                                                      L"HDA Database Data...", L"-", L"Properties..."}));
-    EXPECT_EQ(test::MenuTexts(menu[2].submenu), (Names{L"&Toolbar", L"&Status Bar"}));
+    EXPECT_EQ(test::MenuTexts(menu[2].submenu), (Names{L"&Toolbar", L"&Status Bar", L"-", L"Change &History..."}));
     EXPECT_EQ(test::MenuTexts(menu[3].submenu), (Names{L"Online Help", L"-", L"&About..."}));
 }
 

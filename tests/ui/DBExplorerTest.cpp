@@ -128,7 +128,9 @@ TEST_P(DBExplorer, RightClickMenuCarriesTheCommands)
                         {L"-", 0},
                         {L"&Export values...", ID_DBEXPLORER_EXPORT},
                         {L"&Copy\tCtrl+C", ID_DBEXPLORER_COPY},
-                        {L"Select &all\tCtrl+A", ID_DBEXPLORER_SELECT_ALL}}));
+                        {L"Select &all\tCtrl+A", ID_DBEXPLORER_SELECT_ALL},
+                        {L"-", 0},
+                        {L"Change &History...", ID_DBEXPLORER_CHANGE_HISTORY}}));
 }
 
 TEST_P(DBExplorer, RightClickMenuOpensFromTheKeyboardToo)
@@ -139,7 +141,7 @@ TEST_P(DBExplorer, RightClickMenuOpensFromTheKeyboardToo)
     test::TrackedMenuCapture capture;
     ::SendMessageW(m_explorer, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(List()), MAKELPARAM(-1, -1));
     ASSERT_TRUE(capture.Captured());
-    EXPECT_EQ(capture.Entries().size(), 8u);
+    EXPECT_EQ(capture.Entries().size(), 10u);
 }
 
 TEST_P(DBExplorer, EmptyDatabaseGivesAnEmptyListAndNothingIsSelected)

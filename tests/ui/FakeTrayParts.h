@@ -5,6 +5,9 @@
 // windows so that minimising, restoring and destroying are the system's.
 #include <windows.h>
 
+#include <string>
+#include <vector>
+
 #include "common/Exception.h"
 
 #include "app/AddressSpaceEditorPart.h"
@@ -38,6 +41,8 @@ struct EditorCounters {
     int reloaded = 0;
     bool reloadFails = false;
     HWND window = nullptr;
+    std::vector<std::wstring> restored;   // RestoreVersion's files
+    std::vector<std::wstring> compared;   // the compares asked for
 };
 
 class FakeEditor : public CL::IAddressSpaceEditor {
@@ -66,6 +71,16 @@ public:
         ++m_counters.reloaded;
         if (m_counters.reloadFails)
             throw CL::CException(E_FAIL, L"Error loading OPC Address Space file.");
+    }
+    void RestoreVersion(const std::wstring& file) override { m_counters.restored.push_back(file); }
+    void CompareWithVersion(const std::wstring& file) override { m_counters.compared.push_back(L"editor " + file); }
+    void CompareVersionWithServer(HWND, const std::wstring& file) override
+    {
+        m_counters.compared.push_back(L"server " + file);
+    }
+    void CompareVersions(HWND, const std::wstring& older, const std::wstring& newer) override
+    {
+        m_counters.compared.push_back(L"versions " + older + L" " + newer);
     }
 
 private:
@@ -103,6 +118,7 @@ private:
 
 struct OptionsCounters {
     int runs = 0;
+    std::vector<std::wstring> backups;   // RunFrom's backups
 };
 
 class FakeOptions : public CL::IOptionsDialog {
@@ -111,6 +127,11 @@ public:
     bool Run(HWND) override
     {
         ++m_counters.runs;
+        return m_ok;
+    }
+    bool RunFrom(HWND, const std::wstring& backup) override
+    {
+        m_counters.backups.push_back(backup);
         return m_ok;
     }
 

@@ -12,8 +12,11 @@
 #include "addressspace/dlgCsvImport.h"
 #include "addressspace/dlgDuplicate.h"
 #include "addressspace/dlgFind.h"
+#include "addressspace/dlgVersionRetention.h"
 #include "addressspace/dlgReviewChanges.h"
 #include "app/AboutDlg.h"
+#include "app/dlgChangeHistory.h"
+#include "common/ChangeJournal.h"
 #include "common/historian/Historian.h"
 #include "common/historian/HistoricDataWriter.h"
 #include "common/historian/HistorianSummaryOf.h"
@@ -93,6 +96,33 @@ std::unique_ptr<OpenedWindow> Editor()
     return opened;
 }
 
+// The change history over a journal of a save, a settings change and a
+// deletion, the save selected with its versions on disk.
+std::unique_ptr<OpenedWindow> ChangeHistory()
+{
+    auto opened = std::make_unique<OpenedWindow>();
+    auto& folder = opened->Keep<TempDir>();
+    auto& journal = opened->Keep<CL::CChangeJournal>(folder.File(L"ChangeJournal.csv"), nullptr);
+    const std::wstring exchange = folder.File(L"DefaultAddressSpace.xml");
+    CAddressSpaceVersions versions(exchange);
+    const std::wstring older = versions.Keep("<Morvane_OPCDAAddressSpace Name=\"\"/>");
+    const std::wstring newer = versions.KeepAt("<Morvane_OPCDAAddressSpace Name=\"\"/>", {2030, 1, 0, 1, 0, 0, 0, 0});
+    journal.Append({L"2026-11-22 10:00:00", L"PLANT\\operator", L"SCADA1", L"MorvaneGui.exe 8.6.0.978",
+                    CL::kJournalSettingsChanged, L"Title: 'Varnel' -> 'Plant'. Previous settings saved in C:\\x.",
+                    folder.File(L"Morvane.ini.xml.2026_11_22-10_00_00"), L""});
+    journal.Append({L"2026-11-23 09:00:00", L"PLANT\\operator", L"SCADA1", L"MorvaneGui.exe 8.6.0.978",
+                    CL::kJournalAddressSpaceSaved, L"Saved to " + exchange + L".", newer, older});
+    journal.Append({L"2026-11-23 11:00:00", L"PLANT\\operator", L"SCADA1", L"MorvaneGui.exe 8.6.0.978",
+                    CL::kJournalValuesDeleted, L"Items: Plant.Line1.Speed (1); period: the whole time.", L"", L""});
+    CL::ChangeHistoryActions actions;
+    actions.restoreAddressSpace = [](HWND, const std::wstring&) { return false; };
+    actions.compareFiles = [](HWND, const std::wstring&, const std::wstring&) {};
+    auto& dialog = opened->Keep<CL::CdlgChangeHistory>(journal, exchange, CVersionRetention(HKEY_CURRENT_USER,
+                                                       L"Software\\MorvaneTests\\CatalogRetention"), actions);
+    opened->SetHwnd(dialog.Create(nullptr));
+    return opened;
+}
+
 // The review of changes over an editor's document: the archived item
 // Plant.Line1.Speed removed, another item's scan rate changed; the historian
 // holds Speed's values.
@@ -123,6 +153,18 @@ std::unique_ptr<OpenedWindow> ReviewChanges()
     services.save = [] {};
     auto& dialog = opened->Keep<CdlgReviewChanges>(document, services);
     opened->SetHwnd(dialog.Create(nullptr));
+    return opened;
+}
+
+std::unique_ptr<OpenedWindow> VersionRetention()
+{
+    auto opened = std::make_unique<OpenedWindow>();
+    auto& folder = opened->Keep<TempDir>();
+    auto& journal = opened->Keep<CL::CChangeJournal>(folder.File(L"ChangeJournal.csv"), nullptr);
+    auto& versions = opened->Keep<CAddressSpaceVersions>(folder.File(L"DefaultAddressSpace.xml"));
+    auto& retention = opened->Keep<CVersionRetention>(HKEY_CURRENT_USER, L"Software\\MorvaneTests\\CatalogRetention");
+    auto& dialog = opened->Keep<CdlgVersionRetention>(retention, versions, journal);
+    opened->SetHwnd(dialog.Create(nullptr, IDD_VERSION_RETENTION));
     return opened;
 }
 
@@ -245,6 +287,8 @@ const std::vector<WindowEntry>& EveryWindow()
         {"HistoricalData", HistoricalData, 2, 2},
         {"TimePeriod", [] { return Dialog<CdlgTimePeriod>(IDD_TIMEPERIOD); }, 0, 0},
         {"ExportPeriod", ExportPeriod, 0, 0},
+        {"ChangeHistory", ChangeHistory, 0, 0},
+        {"VersionRetention", VersionRetention, 0, 0},
     };
     return windows;
 }
