@@ -122,6 +122,8 @@ private:
     void OnFileReload();
     void OnFileExportCsv();
     void OnFileImportCsv();
+    void OnFileExportWorkbook();
+    void OnFileImportWorkbook();
     void OnEditUndo();
     void OnEditRedo();
     void OnEditCut();
@@ -245,6 +247,7 @@ private:
     wchar_t m_openPath[261] = {};
     wchar_t m_copyPath[261] = {};
     wchar_t m_csvPath[261] = {};
+    wchar_t m_workbookPath[261] = {};
     HistoryHook m_history;
     AboutHook m_about;
     UrlOpener m_openUrl;

@@ -22,3 +22,4 @@
 #include "resource_histwin.h"
 #include "resource_options.h"
 #include "resource_chart.h"
+#include "resource_workbook.h"
