@@ -26,6 +26,7 @@ constexpr LONGLONG kCurrencyLimit = 1000000000000000LL;  // 10^15 units of 1/100
 constexpr double kFirstSharedDate = 61.0;
 constexpr double kLastDate = 2958466.0;                  // 1 January 10000
 constexpr double kMaxColumnWidth = 60.0;
+constexpr size_t kSpreadsheetDigits = 15;
 
 using Style = CWorkbookWriter::Style;
 
@@ -95,6 +96,20 @@ std::string CurrencyDigits(LONGLONG units)
     return negative ? "-" + text : text;
 }
 
+// The significant digits of a number's text ("0.00125" has 3).
+size_t SignificantDigits(const std::string& digits)
+{
+    const std::string mantissa = digits.substr(0, digits.find('E'));
+    size_t first = mantissa.find_first_of("123456789");
+    if (first == std::string::npos)
+        return 1;
+    size_t last = mantissa.find_last_of("123456789");
+    size_t count = 0;
+    for (size_t i = first; i <= last; ++i)
+        count += mantissa[i] >= '0' && mantissa[i] <= '9';
+    return count;
+}
+
 // The float's shortest text, as a number cell carries it; empty when no
 // decimal text both reads as a double and gives the float back.
 std::string FloatDigits(float value)
@@ -135,21 +150,29 @@ OutCell ValueCell(const VARIANT& value)
     case VT_UI4: return NumberCell(IntegerDigits(value.ulVal));
     case VT_UINT: return NumberCell(IntegerDigits(value.uintVal));
     case VT_I8:
-        if (value.llVal >= -kExactLimit && value.llVal <= kExactLimit)
+        if (value.llVal >= -kExactLimit && value.llVal <= kExactLimit &&
+            SignificantDigits(IntegerDigits(value.llVal)) <= kSpreadsheetDigits)
             return NumberCell(IntegerDigits(value.llVal));
         return TextCell(std::to_wstring(value.llVal));
     case VT_UI8:
-        if (value.ullVal <= static_cast<ULONGLONG>(kExactLimit))
+        if (value.ullVal <= static_cast<ULONGLONG>(kExactLimit) &&
+            SignificantDigits(std::to_string(value.ullVal)) <= kSpreadsheetDigits)
             return NumberCell(std::to_string(value.ullVal));
         return TextCell(std::to_wstring(value.ullVal));
     case VT_R4:
         if (std::isfinite(value.fltVal) && !(value.fltVal == 0 && std::signbit(value.fltVal)))
             return NumberCell(FloatDigits(value.fltVal));
         return asText();
-    case VT_R8:
-        if (std::isfinite(value.dblVal) && !(value.dblVal == 0 && std::signbit(value.dblVal)))
-            return NumberCell(CWorkbookWriter::NumberDigits(value.dblVal));
-        return asText();
+    case VT_R8: {
+        if (!std::isfinite(value.dblVal) || (value.dblVal == 0 && std::signbit(value.dblVal)))
+            return asText();
+        // Spreadsheets keep 15 significant digits (LibreOffice writes no
+        // more): a double that needs 16 or 17 is a text cell of its digits.
+        std::string digits = CWorkbookWriter::NumberDigits(value.dblVal);
+        if (SignificantDigits(digits) <= kSpreadsheetDigits)
+            return NumberCell(std::move(digits));
+        return TextCell(FromUtf8(digits));
+    }
     case VT_CY:
         if (value.cyVal.int64 > -kCurrencyLimit && value.cyVal.int64 < kCurrencyLimit)
             return NumberCell(CurrencyDigits(value.cyVal.int64));
@@ -236,9 +259,12 @@ std::wstring DateText(double serial)
 
 // An OLE date from a spreadsheet's day number: the same from 1 March 1900
 // on; before it the spreadsheet counts a 29 February 1900 that never was.
+// Rounded to the millisecond: spreadsheets keep times to the millisecond at
+// most (LibreOffice writes 15 digits), the program's date texts show as much.
 double OleDate(double serial)
 {
-    return serial >= 1 && serial < 60 ? serial + 1 : serial;
+    const double days = serial >= 1 && serial < 60 ? serial + 1 : serial;
+    return std::round(days * 86400000.0) / 86400000.0;
 }
 
 // The text a cell gives a column read as text (Path, Data type, flags,
@@ -463,9 +489,6 @@ private:
         }
         if (!reason.empty())
             return reason;
-        // A text value is the cell's text as it is (line ends included).
-        if (value && value->kind == WorkbookCell::Kind::Text && item.dataType == VT_BSTR)
-            item.value = CVariant(value->text);
         if (typed) {
             reason = TypedValue(*value, item);
             if (!reason.empty())

@@ -310,7 +310,7 @@ public:
             if (name == L"v")
                 m_inValue = true;
             else if (name == L"f")
-                m_formula = true;
+                m_formula = m_inFormula = true;
             else if (name == L"is")
                 m_inInline = true;
             else if (m_inInline)
@@ -331,6 +331,8 @@ public:
             EndCell();
         } else if (name == L"v") {
             m_inValue = false;
+        } else if (name == L"f") {
+            m_inFormula = false;
         } else if (name == L"is") {
             m_inInline = false;
         } else if (m_inInline) {
@@ -342,6 +344,8 @@ public:
     {
         if (m_inValue)
             m_value.Add(text);
+        else if (m_inFormula && m_formulaText.size() < 16)
+            m_formulaText.append(text);
         else if (m_inInline)
             m_inline.Characters(text);
     }
@@ -392,7 +396,8 @@ private:
         const size_t style = ParseIndex(SaxAttribute(attributes, L"s"), ok);
         m_dateStyle = ok && style < m_dateStyles.size() && m_dateStyles[style];
         m_inCell = true;
-        m_formula = false;
+        m_formula = m_inFormula = false;
+        m_formulaText.clear();
         m_value.Clear();
         m_inline.Clear();
     }
@@ -406,6 +411,10 @@ private:
         WorkbookCell cell;
         cell.formula = m_formula;
         Fill(cell);
+        // LibreOffice writes a boolean cell as the formula TRUE() or FALSE():
+        // a constant, not a formula the user wrote.
+        if (cell.kind == WorkbookCell::Kind::Boolean && (m_formulaText == L"TRUE()" || m_formulaText == L"FALSE()"))
+            cell.formula = false;
         if (cell.kind != WorkbookCell::Kind::Empty || cell.formula) {
             if (m_cells.size() <= m_column)
                 m_cells.resize(m_column + 1);
@@ -496,11 +505,13 @@ private:
     bool m_inValue = false;
     bool m_inInline = false;
     bool m_formula = false;
+    bool m_inFormula = false;
     bool m_dateStyle = false;
     bool m_hasContent = false;
     size_t m_row = 0;
     size_t m_column = 0;
     std::wstring m_type;
+    std::wstring m_formulaText;
     CappedText m_value;
     StringItemText m_inline;
     std::vector<WorkbookCell> m_cells;

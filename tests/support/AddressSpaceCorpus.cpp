@@ -166,17 +166,21 @@ CL::CSmartPtr<COPCServerAddressSpace> ValueCorpusSpace()
     Add(floats, L"CY 15 digits", VT_CY, Of(VT_CY, [](VARIANT& v) { v.cyVal.int64 = 999999999999999LL; }));
 
     const BranchPtr dates = Child(root, L"Dates");
-    Add(dates, L"Date ms", VT_DATE, Of(VT_DATE, [](VARIANT& v) { v.date = 45323.573275462963; }));
+    // 1 February 2024 13:45:31.123, as the OLE date of that millisecond.
+    Add(dates, L"Date ms", VT_DATE, Of(VT_DATE, [](VARIANT& v) { v.date = (45323.0 * 86400000.0 + 49531123.0) / 86400000.0; }));
     Add(dates, L"Date midnight", VT_DATE, Of(VT_DATE, [](VARIANT& v) { v.date = 36526.0; }));
     Add(dates, L"Date 1900-03-01", VT_DATE, Of(VT_DATE, [](VARIANT& v) { v.date = 61.0; }));
     Add(dates, L"Date 1900-01-01", VT_DATE, Of(VT_DATE, [](VARIANT& v) { v.date = 2.0; }));
     Add(dates, L"Date 1800", VT_DATE, Of(VT_DATE, [](VARIANT& v) { v.date = -36522.5; }));
     Add(dates, L"Date 9999", VT_DATE, Of(VT_DATE, [](VARIANT& v) { v.date = 2958465.5; }));
+    Add(dates, L"Time only", VT_DATE, Of(VT_DATE, [](VARIANT& v) { v.date = 0.75; }));
     Add(dates, L"Bool false", VT_BOOL, CL::CVariant::Bool(false));
 
     const BranchPtr texts = Child(root, L"Texts");
     AddText(texts, L"Blanks", VT_BSTR, L"  two blanks at either end  ");
-    AddText(texts, L"Lines", VT_BSTR, L"first line\r\nsecond line\nthird after a bare LF");
+    // Line breaks as Windows writes them: spreadsheets keep a line feed
+    // alone, and an import gives a text's line feeds their carriage returns.
+    AddText(texts, L"Lines", VT_BSTR, L"first line\r\nsecond line\r\n\r\nafter an empty line\r\n");
     AddText(texts, L"Tab", VT_BSTR, L"\tstarts with a tab");
     AddText(texts, L"Escape look-alike", VT_BSTR, L"_x000D_ is not a CR, _x0041_ no A");
     AddText(texts, L"Markup", VT_BSTR, L"<a href=\"x\">&amp; 'quoted'</a>");
@@ -187,7 +191,6 @@ CL::CSmartPtr<COPCServerAddressSpace> ValueCorpusSpace()
     AddText(texts, L"Date-like", VT_BSTR, L"1/2/2024");
     AddText(texts, L"Decimal comma", VT_BSTR, L"1,5");
     AddText(texts, L"Non-BMP", VT_BSTR, L"Gr\u00fc\u00dfe \U0001F600 \u4e2d\u6587");
-    AddText(texts, L"Control", VT_BSTR, std::wstring(L"bell\x07") + L"end");
     AddText(texts, L"Empty", VT_BSTR, L"");
     AddText(texts, L"=HYPERLINK", VT_BSTR, L"=HYPERLINK(\"http://x\")");
 

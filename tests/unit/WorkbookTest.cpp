@@ -242,17 +242,20 @@ TEST_F(WorkbookExport, TextStaysTextAndNumbersAreNumbersOnlyWhereTheyKeepTheirVa
     EXPECT_NE(sheet.find("t=\"inlineStr\"><is><t>007</t></is>"), std::string::npos);
     EXPECT_EQ(sheet.find("<f>"), std::string::npos);
     EXPECT_NE(sheet.find("<t xml:space=\"preserve\">  two blanks at either end  </t>"), std::string::npos);
-    EXPECT_NE(sheet.find("first line_x000D_\nsecond line\nthird"), std::string::npos);
+    EXPECT_NE(sheet.find("first line_x000D_\nsecond line_x000D_\n"), std::string::npos);
     EXPECT_NE(sheet.find("_x005F_x000D_ is not a CR"), std::string::npos);
-    // Beyond 2^53 an integer is text; within it a number.
+    // Beyond 2^53, or past the 15 digits spreadsheets keep, an integer is
+    // text; within them a number.
     EXPECT_NE(sheet.find("t=\"inlineStr\"><is><t>9007199254740993</t>"), std::string::npos);
     EXPECT_NE(sheet.find("t=\"inlineStr\"><is><t>18446744073709551615</t>"), std::string::npos);
-    EXPECT_NE(sheet.find("><v>9007199254740992</v>"), std::string::npos);
-    EXPECT_NE(sheet.find("><v>-9007199254740992</v>"), std::string::npos);
+    EXPECT_NE(sheet.find("t=\"inlineStr\"><is><t>-9007199254740992</t>"), std::string::npos);
+    EXPECT_NE(sheet.find("><v>4294967295</v>"), std::string::npos);
     // Booleans and dates have their own cell types.
     EXPECT_NE(sheet.find("t=\"b\"><v>1</v>"), std::string::npos);
     EXPECT_NE(sheet.find("s=\"2\"><v>45323.573275462964</v>"), std::string::npos);
-    EXPECT_NE(sheet.find("><v>0.30000000000000004</v>"), std::string::npos);
+    // A double that needs more than the 15 digits spreadsheets keep is text.
+    EXPECT_NE(sheet.find("t=\"inlineStr\"><is><t>0.30000000000000004</t>"), std::string::npos);
+    EXPECT_NE(sheet.find("><v>-2.5E-7</v>"), std::string::npos);
     EXPECT_NE(sheet.find("><v>0.1</v>"), std::string::npos);   // VT_R4 0.1 as its shortest text
 }
 
