@@ -228,12 +228,14 @@ void CWorkbookWriter::BeginRow()
     if (m_rows >= kMaxRows)
         throw CException(E_FAIL, L"A sheet holds at most 1,048,576 rows.");
     ++m_rows;
-    m_buffer += "<row r=\"";
     char digits[24];
-    m_buffer.append(digits, std::to_chars(digits, digits + sizeof digits, m_rows).ptr);
+    m_rowDigits.assign(digits, std::to_chars(digits, digits + sizeof digits, m_rows).ptr);
+    m_buffer += "<row r=\"";
+    m_buffer += m_rowDigits;
     m_buffer += "\">";
     m_inRow = true;
     m_column = 0;
+    m_gap = false;
 }
 
 void CWorkbookWriter::EndRow()
@@ -248,17 +250,23 @@ void CWorkbookWriter::EndRow()
 void CWorkbookWriter::Skip()
 {
     ++m_column;
+    m_gap = true;
 }
 
 void CWorkbookWriter::CellStart(const char* type, Style style)
 {
     if (!m_inRow)
         throw CException(E_UNEXPECTED, L"CWorkbookWriter cell outside a row");
-    m_buffer += "<c r=\"";
-    m_buffer += ColumnName(m_column);
-    char digits[24];
-    m_buffer.append(digits, std::to_chars(digits, digits + sizeof digits, m_rows).ptr);
-    m_buffer += '"';
+    m_buffer += "<c";
+    // The reference is optional: readers count the cells of a row. It is
+    // written after a skipped cell only, which keeps the sheet small.
+    if (m_gap) {
+        m_buffer += " r=\"";
+        m_buffer += ColumnName(m_column);
+        m_buffer += m_rowDigits;
+        m_buffer += '"';
+        m_gap = false;
+    }
     m_buffer += kStyleAttribute[style];
     if (*type) {
         m_buffer += " t=\"";
@@ -314,18 +322,28 @@ void CWorkbookWriter::Text(std::wstring_view text, Style style)
     m_buffer += "</t></is></c>";
 }
 
-void CWorkbookWriter::SharedText(const std::wstring& text, Style style)
+size_t CWorkbookWriter::Share(const std::wstring& text)
 {
     auto found = m_shared.find(text);
     if (found == m_shared.end()) {
         found = m_shared.emplace(text, m_sharedOrder.size()).first;
         m_sharedOrder.push_back(&found->first);
     }
+    return found->second;
+}
+
+void CWorkbookWriter::SharedText(const std::wstring& text, Style style)
+{
+    SharedText(Share(text), style);
+}
+
+void CWorkbookWriter::SharedText(size_t index, Style style)
+{
     ++m_sharedUses;
     CellStart("s", style);
     m_buffer += "<v>";
     char digits[24];
-    m_buffer.append(digits, std::to_chars(digits, digits + sizeof digits, found->second).ptr);
+    m_buffer.append(digits, std::to_chars(digits, digits + sizeof digits, index).ptr);
     m_buffer += "</v></c>";
 }
 
@@ -333,7 +351,14 @@ void CWorkbookWriter::Number(double value, Style style)
 {
     if (!std::isfinite(value))
         throw CException(E_INVALIDARG, L"A number cell cannot hold an infinite value or NaN.");
-    NumberText(NumberDigits(value), style);
+    // Most numbers need no exponent: their shortest digits go in as they are.
+    char digits[64];
+    const char* end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    const std::string_view shortest(digits, static_cast<size_t>(end - digits));
+    if (shortest.find('e') == std::string_view::npos)
+        NumberText(shortest, style);
+    else
+        NumberText(NumberDigits(value), style);
 }
 
 void CWorkbookWriter::NumberText(std::string_view digits, Style style)

@@ -52,8 +52,11 @@ public:
 
     // Cells, left to right.
     void Text(std::wstring_view text, Style style = kText);
-    // A text kept once in the shared string table (item IDs, type names).
+    // A text kept once in the shared string table (item IDs, type names);
+    // Share gives its index for cells of it written by index.
     void SharedText(const std::wstring& text, Style style = kPlain);
+    size_t Share(const std::wstring& text);
+    void SharedText(size_t index, Style style = kPlain);
     void Number(double value, Style style = kPlain);
     // A number given as its decimal text ("-12", "0.5", "1E+20").
     void NumberText(std::string_view digits, Style style = kPlain);
@@ -95,6 +98,8 @@ private:
     bool m_inRow = false;
     size_t m_rows = 0;
     size_t m_column = 0;
+    bool m_gap = false;          // a cell was skipped: the next one names its reference
+    std::string m_rowDigits;
     std::string m_buffer;
     std::unordered_map<std::wstring, size_t> m_shared;
     std::vector<const std::wstring*> m_sharedOrder;

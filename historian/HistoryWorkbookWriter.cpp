@@ -55,6 +55,7 @@ void CHistoryWorkbookWriter::StartSheet()
 void CHistoryWorkbookWriter::Write(const std::wstring& itemId, const CHistorianValues& values,
                                    const std::function<void(size_t)>& step)
 {
+    const size_t item = m_writer.Share(itemId);
     for (size_t i = 0; i < values.Size(); ++i) {
         if (m_onSheet == m_valuesPerSheet) {
             m_writer.EndSheet(true);
@@ -63,10 +64,10 @@ void CHistoryWorkbookWriter::Write(const std::wstring& itemId, const CHistorianV
         const VARIANT& value = values.values[i];
         auto type = m_typeNames.find(value.vt);
         if (type == m_typeNames.end())
-            type = m_typeNames.emplace(value.vt, VarTypeToString(value.vt)).first;
+            type = m_typeNames.emplace(value.vt, m_writer.Share(VarTypeToString(value.vt))).first;
         const WORD quality = values.qualities[i];
         m_writer.BeginRow();
-        m_writer.SharedText(itemId);
+        m_writer.SharedText(item);
         m_writer.DateTime(OleDate(m_localTimes.Local(values.times[i])));
         m_writer.DateTime(OleDate(values.times[i]));
         WriteValue(value);

@@ -48,7 +48,7 @@ private:
     size_t m_valuesPerSheet;
     size_t m_sheets = 0;
     size_t m_onSheet = 0;
-    std::map<VARTYPE, std::wstring> m_typeNames;
+    std::map<VARTYPE, size_t> m_typeNames;   // their shared strings
     CLocalTimeTexts m_localTimes;
 };
 

@@ -228,7 +228,7 @@ TEST_F(WorkbookExport, TheSheetIsNamedHasABoldFrozenFilteredHeaderAndColumnWidth
     EXPECT_NE(sheet.find("state=\"frozen\""), std::string::npos);
     EXPECT_NE(sheet.find("<autoFilter ref=\"A1:G"), std::string::npos);
     EXPECT_NE(sheet.find("<col min=\"1\" max=\"1\" width=\""), std::string::npos);
-    EXPECT_NE(sheet.find("<c r=\"A1\" s=\"1\" t=\"inlineStr\"><is><t>Path</t></is></c>"), std::string::npos);
+    EXPECT_NE(sheet.find("<row r=\"1\"><c s=\"1\" t=\"inlineStr\"><is><t>Path</t></is></c>"), std::string::npos);
     EXPECT_NE(sheet.find("<is><t>Scan rate</t></is>"), std::string::npos);
     EXPECT_NE(Part(bytes, "xl/styles.xml").find("<b/>"), std::string::npos);
     EXPECT_NE(Part(bytes, "[Content_Types].xml").find("spreadsheetml.sheet.main+xml"), std::string::npos);

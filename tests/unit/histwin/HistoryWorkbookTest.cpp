@@ -64,15 +64,18 @@ TEST(HistoryWorkbook, ValuesAreTypedCellsAndSheetsContinueUnderTheSameHeader)
         EXPECT_NE(sheet->find("<is><t>Data type</t></is>"), std::string::npos);
         EXPECT_NE(sheet->find("state=\"frozen\""), std::string::npos);
     }
-    // 08:00:50.250 UTC on 14 March 2025 as an OLE date, to the millisecond.
-    EXPECT_NE(first.find("<c r=\"C2\" s=\"2\"><v>45730.333914930554</v>"), std::string::npos) << first;
-    EXPECT_NE(first.find("<c r=\"D2\"><v>1.5</v>"), std::string::npos);
-    EXPECT_NE(first.find("<c r=\"F2\" t=\"b\"><v>1</v>"), std::string::npos);
-    EXPECT_NE(first.find("<c r=\"D3\" t=\"inlineStr\"><is><t>=cmd|' /C calc'!A0</t>"), std::string::npos);
-    EXPECT_NE(first.find("<c r=\"E3\"><v>0</v>"), std::string::npos);
+    // 08:00:50.250 UTC on 14 March 2025 as an OLE date, to the millisecond;
+    // the value, the quality, Good, the type's shared string.
+    EXPECT_NE(first.find("<c s=\"2\"><v>45730.333914930554</v></c><c><v>1.5</v></c><c><v>192</v></c>"
+                         "<c t=\"b\"><v>1</v></c><c t=\"s\"><v>1</v></c></row>"),
+              std::string::npos)
+        << first;
+    EXPECT_NE(first.find("<row r=\"2\"><c t=\"s\"><v>0</v></c><c s=\"2\">"), std::string::npos);
+    EXPECT_NE(first.find("<c t=\"inlineStr\"><is><t>=cmd|' /C calc'!A0</t></is></c><c><v>0</v></c>"
+                         "<c t=\"b\"><v>0</v></c>"),
+              std::string::npos);
     EXPECT_EQ(first.find("<row r=\"4\""), std::string::npos);
-    EXPECT_NE(second.find("<c r=\"D2\"><v>-5</v>"), std::string::npos);
-    EXPECT_NE(second.find("<c r=\"E2\"><v>216</v>"), std::string::npos);
+    EXPECT_NE(second.find("<c><v>-5</v></c><c><v>216</v></c><c t=\"b\"><v>1</v></c>"), std::string::npos);
     EXPECT_NE(Part(bytes, "xl/sharedStrings.xml").find("<t>Plant.Line1.Speed</t>"), std::string::npos);
 }
 
