@@ -5,6 +5,8 @@
 //                              and compares it with the corpus: exactly, value
 //                              by value, and as the two address space files
 //                              saved into <dir> (their value times left out)
+//   history-sample <out.xlsx>  five values of an item as "Save data..." writes
+//                              them to a workbook, two to a sheet
 //   dump <in.xlsx>             one line per item ("path|type|value|R W A|scan
 //                              rate"), then one per row not taken or noted
 // Exit code 0 when all is as expected, 1 on a difference, 2 on a failure.
@@ -20,7 +22,9 @@
 #include "common/Exception.h"
 #include "common/FileBytes.h"
 #include "common/Text.h"
+#include "common/ReplacingFile.h"
 #include "common/Util_Variant.h"
+#include "historian/HistoryWorkbookWriter.h"
 
 namespace {
 
@@ -92,6 +96,26 @@ int Run(int argc, wchar_t** argv)
     const std::wstring command = argc > 1 ? argv[1] : L"";
     if (command == L"export-corpus" && argc == 3) {
         CL::ExportAddressSpaceWorkbook(*ValueCorpusSpace(), argv[2]);
+        return 0;
+    }
+    if (command == L"history-sample" && argc == 3) {
+        CL::CHistorianValues values;
+        const CL::CVariant samples[] = {CL::CVariant::R8(1.5), CL::CVariant(std::wstring(L"=1+2")),
+                                        CL::CVariant::I4(-7), CL::CVariant::Bool(true), CL::CVariant::R8(0.25)};
+        SYSTEMTIME time = {2025, 3, 5, 14, 8, 0, 50, 250};
+        for (size_t i = 0; i < std::size(samples); ++i) {
+            FILETIME ft;
+            ::SystemTimeToFileTime(&time, &ft);
+            values.values.push_back(samples[i]);
+            values.times.push_back(ft);
+            values.qualities.push_back(i == 2 ? WORD(0) : WORD(192));
+            ++time.wSecond;
+        }
+        CL::CReplacingFile file(argv[2], L"CreateFile (szFile)");
+        CL::CHistoryWorkbookWriter writer(file, 2);
+        writer.Write(L"Plant.Line1.Speed", values);
+        writer.Close();
+        file.Commit();
         return 0;
     }
     if (command == L"check-corpus" && argc == 4)

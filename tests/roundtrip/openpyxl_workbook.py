@@ -5,6 +5,8 @@
                          formula, an error, a date
   check <dump>           the program's import of it (workbook_tool dump) holds
                          what was written
+  history <in.xlsx>      a history workbook (workbook_tool history-sample) read
+                         by openpyxl: sheets, header, typed cells
 """
 import datetime
 import sys
@@ -69,10 +71,36 @@ def check(path):
     return ok
 
 
+def history(path):
+    book = openpyxl.load_workbook(path)
+    header = ["Item ID", "Time (local)", "Time (UTC)", "Value", "Quality", "Good", "Data type"]
+    ok = book.sheetnames == ["Values", "Values (2)", "Values (3)"]
+    rows = []
+    for sheet in book.worksheets:
+        values = list(sheet.iter_rows(values_only=True))
+        ok = ok and list(values[0]) == header
+        rows += values[1:]
+    expected_values = [1.5, "=1+2", -7, "True", 0.25]
+    ok = ok and len(rows) == 5
+    for i, row in enumerate(rows):
+        ok = ok and row[0] == "Plant.Line1.Speed"
+        ok = ok and isinstance(row[1], datetime.datetime) and isinstance(row[2], datetime.datetime)
+        ok = ok and row[2] == datetime.datetime(2025, 3, 14, 8, 0, 50 + i, 250000)
+        ok = ok and row[3] == expected_values[i] and type(row[3]) == type(expected_values[i])
+        ok = ok and row[4] == (0 if i == 2 else 192) and row[5] is (i != 2)
+    if not ok:
+        print(book.sheetnames)
+        for row in rows:
+            print(row)
+    return ok
+
+
 if __name__ == "__main__":
     command = sys.argv[1]
     if command == "write":
         write(sys.argv[2])
+    elif command == "history":
+        sys.exit(0 if history(sys.argv[2]) else 1)
     elif command == "check":
         sys.exit(0 if check(sys.argv[2]) else 1)
     else:

@@ -59,5 +59,9 @@ echo "== openpyxl"
 "$run" "$tool" dump "$(winpath "$work/openpyxl.xlsx")" >"$work/openpyxl.dump" 2>&1
 /usr/bin/python3 "$here/openpyxl_workbook.py" check "$work/openpyxl.dump" || fail "openpyxl workbook"
 
+echo "== history workbook read by openpyxl"
+"$run" "$tool" history-sample "$(winpath "$work/history.xlsx")" || fail "history workbook not written"
+/usr/bin/python3 "$here/openpyxl_workbook.py" history "$work/history.xlsx" || fail "history workbook"
+
 [ "$failures" -eq 0 ] && echo "all spreadsheet round trips gave the same address space"
 exit $((failures > 0))
