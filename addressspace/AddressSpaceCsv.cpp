@@ -127,30 +127,6 @@ CVariant EmptyValue(VARTYPE vt)
     return value;
 }
 
-struct HeaderMap {
-    int index[kColumnCount] = {-1, -1, -1, -1, -1, -1, -1};
-};
-
-HeaderMap ReadHeader(const CsvRow& header)
-{
-    if (!header.error.empty())
-        throw CException(E_INVALIDARG, L"The header line of the CSV file is malformed: " + header.error + L".");
-    HeaderMap map;
-    for (size_t i = 0; i < header.fields.size(); ++i) {
-        const std::wstring name = TrimWhiteSpace(header.fields[i]);
-        for (int c = 0; c < kColumnCount; ++c) {
-            if (!EqualsNoCase(name, kCsvColumns[c]))
-                continue;
-            if (map.index[c] >= 0)
-                throw CException(E_INVALIDARG, Format(L"The CSV file names the column \"%ls\" twice.", kCsvColumns[c]));
-            map.index[c] = static_cast<int>(i);
-        }
-    }
-    if (map.index[kPath] < 0)
-        throw CException(E_INVALIDARG, L"The CSV file has no \"Path\" column in its first line.");
-    return map;
-}
-
 // A value of a type with a fraction, written with a decimal comma, in the
 // form the conversion reads (the system's decimal mark).
 std::wstring WithDecimalPoint(std::wstring text, VARTYPE dataType)
@@ -165,67 +141,6 @@ std::wstring WithDecimalPoint(std::wstring text, VARTYPE dataType)
         if (c == L',')
             c = mark[0];
     return text;
-}
-
-// The item of one record, or the reason it cannot be taken.
-std::wstring ReadItem(const CsvRow& row, const HeaderMap& map, const CsvItemDefaults& defaults, bool decimalComma,
-                      CsvItem& item)
-{
-    if (!row.error.empty())
-        return Format(L"malformed quotes: %ls", row.error.c_str());
-    auto cell = [&](Column c) -> const std::wstring* {
-        const int i = map.index[c];
-        return i >= 0 && static_cast<size_t>(i) < row.fields.size() ? &row.fields[static_cast<size_t>(i)] : nullptr;
-    };
-    std::vector<std::wstring> names;
-    std::wstring reason;
-    const std::wstring* path = cell(kPath);
-    if (!SplitItemPath(path ? *path : std::wstring(), names, reason))
-        return reason;
-    item.name = names.back();
-    names.pop_back();
-    item.branches = std::move(names);
-
-    item.dataType = defaults.dataType;
-    if (const std::wstring* type = cell(kType); type && !type->empty()) {
-        const auto vt = TypeByName(TrimWhiteSpace(*type));
-        if (!vt)
-            return Format(L"unknown data type \"%ls\"", type->c_str());
-        item.dataType = *vt;
-    }
-    item.readable = defaults.readable;
-    item.writable = defaults.writable;
-    item.archive = defaults.archive;
-    const std::pair<Column, bool*> flags[] = {{kReadable, &item.readable}, {kWritable, &item.writable},
-                                              {kArchive, &item.archive}};
-    for (const auto& [column, target] : flags) {
-        if (const std::wstring* text = cell(column); text && !text->empty()) {
-            const auto flag = Flag(TrimWhiteSpace(*text));
-            if (!flag)
-                return Format(L"%ls must be 1 or 0, not \"%ls\"", kCsvColumns[column], text->c_str());
-            *target = *flag;
-        }
-    }
-    item.scanRate = defaults.scanRate;
-    if (const std::wstring* text = cell(kScanRate); text && !text->empty()) {
-        const auto rate = ScanRate(TrimWhiteSpace(*text));
-        if (!rate)
-            return Format(L"the scan rate \"%ls\" is not a number of milliseconds", text->c_str());
-        item.scanRate = *rate;
-    }
-    const std::wstring* value = cell(kValue);
-    if (!value || value->empty()) {
-        item.value = EmptyValue(item.dataType);
-        return std::wstring();
-    }
-    try {
-        const std::wstring text = decimalComma ? WithDecimalPoint(*value, item.dataType) : *value;
-        item.value = StringToVariant(WithCrLf(text), item.dataType, kLocaleSystemDefault, kArraySeparator);
-    } catch (const CException&) {
-        return Format(L"the value \"%ls\" does not convert to %ls", value->c_str(),
-                      VarTypeToString(item.dataType).c_str());
-    }
-    return std::wstring();
 }
 
 BranchPtr BranchAlong(COPCServerAddressSpace& space, const std::vector<std::wstring>& names, size_t& created)
@@ -346,7 +261,9 @@ CsvImportPlan ReadAddressSpaceCsvText(std::wstring_view text, const CsvItemDefau
     CsvRow row;
     if (!reader.Next(row))
         throw CException(E_INVALIDARG, L"The CSV file is empty: its first line must name the columns.");
-    const HeaderMap map = ReadHeader(row);
+    if (!row.error.empty())
+        throw CException(E_INVALIDARG, L"The header line of the CSV file is malformed: " + row.error + L".");
+    const CsvColumnMap map = MapCsvColumns(row.fields, L"The CSV file", L"first line");
     CsvImportPlan plan;
     plan.separator = separator;
     while (reader.Next(row)) {
@@ -354,13 +271,91 @@ CsvImportPlan ReadAddressSpaceCsvText(std::wstring_view text, const CsvItemDefau
             continue;   // a blank line
         CsvItem item;
         item.line = row.line;
-        const std::wstring reason = ReadItem(row, map, defaults, separator != L',', item);
+        const std::wstring reason = row.error.empty()
+                                        ? ReadCsvFields(row.fields, map, defaults, separator != L',', item)
+                                        : Format(L"malformed quotes: %ls", row.error.c_str());
         if (reason.empty())
             plan.items.push_back(std::move(item));
         else
             plan.rejected.push_back({row.line, reason});
     }
     return plan;
+}
+
+CsvColumnMap MapCsvColumns(const std::vector<std::wstring>& names, const wchar_t* file, const wchar_t* firstLine)
+{
+    CsvColumnMap map;
+    for (size_t i = 0; i < names.size(); ++i) {
+        const std::wstring name = TrimWhiteSpace(names[i]);
+        for (int c = 0; c < kColumnCount; ++c) {
+            if (!EqualsNoCase(name, kCsvColumns[c]))
+                continue;
+            if (map.index[c] >= 0)
+                throw CException(E_INVALIDARG, Format(L"%ls names the column \"%ls\" twice.", file, kCsvColumns[c]));
+            map.index[c] = static_cast<int>(i);
+        }
+    }
+    if (map.index[kPath] < 0)
+        throw CException(E_INVALIDARG, Format(L"%ls has no \"Path\" column in its %ls.", file, firstLine));
+    return map;
+}
+
+std::wstring ReadCsvFields(const std::vector<std::wstring>& fields, const CsvColumnMap& map,
+                          const CsvItemDefaults& defaults, bool decimalComma, CsvItem& item)
+{
+    auto cell = [&](Column c) -> const std::wstring* {
+        const int i = map.index[c];
+        return i >= 0 && static_cast<size_t>(i) < fields.size() ? &fields[static_cast<size_t>(i)] : nullptr;
+    };
+    std::vector<std::wstring> names;
+    std::wstring reason;
+    const std::wstring* path = cell(kPath);
+    if (!SplitItemPath(path ? *path : std::wstring(), names, reason))
+        return reason;
+    item.name = names.back();
+    names.pop_back();
+    item.branches = std::move(names);
+
+    item.dataType = defaults.dataType;
+    if (const std::wstring* type = cell(kType); type && !type->empty()) {
+        const auto vt = TypeByName(TrimWhiteSpace(*type));
+        if (!vt)
+            return Format(L"unknown data type \"%ls\"", type->c_str());
+        item.dataType = *vt;
+    }
+    item.readable = defaults.readable;
+    item.writable = defaults.writable;
+    item.archive = defaults.archive;
+    const std::pair<Column, bool*> flags[] = {{kReadable, &item.readable}, {kWritable, &item.writable},
+                                              {kArchive, &item.archive}};
+    for (const auto& [column, target] : flags) {
+        if (const std::wstring* text = cell(column); text && !text->empty()) {
+            const auto flag = Flag(TrimWhiteSpace(*text));
+            if (!flag)
+                return Format(L"%ls must be 1 or 0, not \"%ls\"", kCsvColumns[column], text->c_str());
+            *target = *flag;
+        }
+    }
+    item.scanRate = defaults.scanRate;
+    if (const std::wstring* text = cell(kScanRate); text && !text->empty()) {
+        const auto rate = ScanRate(TrimWhiteSpace(*text));
+        if (!rate)
+            return Format(L"the scan rate \"%ls\" is not a number of milliseconds", text->c_str());
+        item.scanRate = *rate;
+    }
+    const std::wstring* value = cell(kValue);
+    if (!value || value->empty()) {
+        item.value = EmptyValue(item.dataType);
+        return std::wstring();
+    }
+    try {
+        const std::wstring text = decimalComma ? WithDecimalPoint(*value, item.dataType) : *value;
+        item.value = StringToVariant(WithCrLf(text), item.dataType, kLocaleSystemDefault, kArraySeparator);
+    } catch (const CException&) {
+        return Format(L"the value \"%ls\" does not convert to %ls", value->c_str(),
+                      VarTypeToString(item.dataType).c_str());
+    }
+    return std::wstring();
 }
 
 CSmartPtr<COPCItem> NewCsvItem(const CsvItem& entry, const std::wstring& name, const FILETIME& now)

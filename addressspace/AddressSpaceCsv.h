@@ -78,6 +78,11 @@ struct CsvImportPlan {
     // or a tab, a decimal comma in a VT_R4, VT_R8 or VT_CY value (or an
     // array of them) was read as the decimal point.
     wchar_t separator = L',';
+    // Read from a workbook: the line numbers are the sheet's row numbers,
+    // and notes lists rows that were taken with a remark (a cell that held
+    // a formula gave its stored result).
+    bool workbook = false;
+    std::vector<CsvRejectedLine> notes;
 };
 
 // Reads the file's bytes (UTF-8, with or without a byte order mark) into a
@@ -87,6 +92,23 @@ struct CsvImportPlan {
 CsvImportPlan ReadAddressSpaceCsv(std::string_view bytes, const CsvItemDefaults& defaults = {});
 // The same for text that is already wide (the clipboard's).
 CsvImportPlan ReadAddressSpaceCsvText(std::wstring_view text, const CsvItemDefaults& defaults = {});
+
+// Where each column is in a record (-1: the file lacks it), in the order
+// of kCsvColumns.
+struct CsvColumnMap {
+    int index[7] = {-1, -1, -1, -1, -1, -1, -1};
+};
+
+// The columns named by a header (names compared ignoring case and outer
+// blanks). A header without "Path" or naming a column twice throws
+// CException: "<file> has no "Path" column in its <firstLine>."
+CsvColumnMap MapCsvColumns(const std::vector<std::wstring>& names, const wchar_t* file, const wchar_t* firstLine);
+
+// The item of one record's fields; empty, or the reason it cannot be
+// taken. decimalComma: a comma in a VT_R4, VT_R8 or VT_CY value is its
+// decimal mark.
+std::wstring ReadCsvFields(const std::vector<std::wstring>& fields, const CsvColumnMap& map,
+                          const CsvItemDefaults& defaults, bool decimalComma, CsvItem& item);
 
 struct CsvImportResult {
     size_t added = 0;

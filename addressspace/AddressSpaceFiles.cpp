@@ -3,6 +3,7 @@
 #include <cwchar>
 
 #include "addressspace/AddressSpaceCsv.h"
+#include "addressspace/AddressSpaceWorkbook.h"
 #include "common/FileBytes.h"
 
 namespace CL {
@@ -24,6 +25,13 @@ CSmartPtr<COPCServerAddressSpace> LoadCsv(const std::wstring& path)
     return space;
 }
 
+CSmartPtr<COPCServerAddressSpace> LoadWorkbook(const std::wstring& path)
+{
+    auto space = CSmartPtr<COPCServerAddressSpace>::Make();
+    LoadAddressSpaceWorkbook(path, *space);
+    return space;
+}
+
 bool EndsWithNoCase(const std::wstring& text, const wchar_t* end)
 {
     const size_t length = std::wcslen(end);
@@ -37,6 +45,7 @@ const std::vector<AddressSpaceFileType>& AddressSpaceFileTypes()
     static const std::vector<AddressSpaceFileType> types = {
         {L".xml", L"XML files", LoadXml},
         {L".csv", L"CSV files", LoadCsv},
+        {L".xlsx", L"Excel Workbooks", LoadWorkbook},
     };
     return types;
 }

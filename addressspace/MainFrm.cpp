@@ -348,6 +348,8 @@ void CMainFrame::OnCommand(WORD id)
     case ID_AS_FILE_EXPORT_CSV: OnFileExportCsv(); break;
     case ID_AS_FILE_IMPORT_CSV: OnFileImportCsv(); break;
     case ID_AS_FILE_REVIEW: OnFileReview(); break;
+    case ID_AS_FILE_EXPORT_WORKBOOK: OnFileExportWorkbook(); break;
+    case ID_AS_FILE_IMPORT_WORKBOOK: OnFileImportWorkbook(); break;
     case ID_AS_EDIT_UNDO: OnEditUndo(); break;
     case ID_AS_EDIT_REDO: OnEditRedo(); break;
     case ID_AS_EDIT_CUT: OnEditCut(); break;

@@ -150,6 +150,8 @@ private:
     void OnFileReview();
     // A double-click on the status bar: the "Modified" pane opens the review.
     void OnStatusDoubleClick(const NMMOUSE& click);
+    void OnFileExportWorkbook();
+    void OnFileImportWorkbook();
     void OnEditUndo();
     void OnEditRedo();
     void OnEditCut();
@@ -274,6 +276,7 @@ private:
     wchar_t m_openPath[261] = {};
     wchar_t m_copyPath[261] = {};
     wchar_t m_csvPath[261] = {};
+    wchar_t m_workbookPath[261] = {};
     HistoryHook m_history;
     AboutHook m_about;
     AboutHook m_changeHistory;

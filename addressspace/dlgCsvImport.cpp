@@ -17,6 +17,8 @@ INT_PTR CdlgCsvImport::DoModal(HWND owner)
 
 std::wstring CdlgCsvImport::Summary(const CL::CsvImportPlan& plan, const std::wstring& fileName)
 {
+    if (plan.workbook)
+        return WorkbookSummary(plan, fileName);
     std::wstring text = CL::Format(L"%zu item(s) can be imported from \"%ls\".", plan.items.size(), fileName.c_str());
     if (plan.rejected.empty())
         text += L" Every line can be taken.";
@@ -32,13 +34,32 @@ std::wstring CdlgCsvImport::Summary(const CL::CsvImportPlan& plan, const std::ws
     return text;
 }
 
+std::wstring CdlgCsvImport::WorkbookSummary(const CL::CsvImportPlan& plan, const std::wstring& fileName)
+{
+    std::wstring text = CL::Format(L"%zu item(s) can be imported from the first sheet of \"%ls\".", plan.items.size(),
+                                   fileName.c_str());
+    if (plan.rejected.empty())
+        text += L" Every row can be taken.";
+    else
+        text += CL::Format(L" %zu row(s) cannot be taken; they are listed below and left out of the import.",
+                           plan.rejected.size());
+    if (!plan.notes.empty())
+        text += CL::Format(L" %zu row(s) held formulas: their stored results are taken (listed below).",
+                           plan.notes.size());
+    return text;
+}
+
 BOOL CdlgCsvImport::OnInitDialog()
 {
     Log(3, "CdlgCsvImport::OnInitDialog" + MV_POS());
     CL::RunReported([this] {
         ::SetDlgItemTextW(Hwnd(), IDC_CSV_SUMMARY, Summary(m_plan, m_fileName).c_str());
         m_list.Attach(GetDlgItem(IDC_CSV_REJECTED));
-        m_list.SetColumns({{L"Line", 60}, {L"Reason", 400}});
+        m_list.SetColumns({{m_plan.workbook ? L"Row" : L"Line", 60}, {L"Reason", 400}});
+        if (m_plan.workbook) {
+            ::SetWindowTextW(Hwnd(), L"Import Workbook");
+            ::SetDlgItemTextW(Hwnd(), IDC_CSV_REJECTED_LABEL, L"&Rows that cannot be taken, and rows taken with a note:");
+        }
         m_list.SetRows(this);
         CL::SetChecked(Hwnd(), IDC_CSV_UPDATE, updateExisting);
         if (pasting) {
@@ -94,20 +115,26 @@ INT_PTR CdlgCsvImport::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
     }
 }
 
+// The rejected lines, then the rows taken with a note.
+const CL::CsvRejectedLine& CdlgCsvImport::Entry(size_t row) const
+{
+    return row < m_plan.rejected.size() ? m_plan.rejected.at(row) : m_plan.notes.at(row - m_plan.rejected.size());
+}
+
 size_t CdlgCsvImport::RowCount() const
 {
-    return m_plan.rejected.size();
+    return m_plan.rejected.size() + m_plan.notes.size();
 }
 
 std::wstring CdlgCsvImport::CellText(size_t row, int column) const
 {
-    const CL::CsvRejectedLine& line = m_plan.rejected.at(row);
+    const CL::CsvRejectedLine& line = Entry(row);
     return column == 0 ? std::to_wstring(line.line) : line.reason;
 }
 
 bool CdlgCsvImport::Less(size_t a, size_t b, int column) const
 {
     if (column == 0)
-        return m_plan.rejected.at(a).line < m_plan.rejected.at(b).line;
+        return Entry(a).line < Entry(b).line;
     return IReportRows::Less(a, b, column);
 }

@@ -1,6 +1,7 @@
 #pragma once
-// CdlgCsvImport: the report an administrator sees before a CSV file changes
-// the address space: how many items the file gives, every line that cannot
+// CdlgCsvImport: the report an administrator sees before a CSV file (or a
+// workbook: then captioned "Import Workbook", listing rows that held
+// formulas too) changes the address space: how many items the file gives, every line that cannot
 // be taken with its line number and reason, and the choice whether items
 // that exist already are updated. "Import" takes the good lines; "Cancel"
 // changes nothing.
@@ -28,6 +29,7 @@ public:
 
     // The summary line above the list.
     static std::wstring Summary(const CL::CsvImportPlan& plan, const std::wstring& fileName);
+    static std::wstring WorkbookSummary(const CL::CsvImportPlan& plan, const std::wstring& fileName);
 
 protected:
     BOOL OnInitDialog() override;
@@ -41,6 +43,8 @@ private:
     std::wstring CellText(size_t row, int column) const override;
     bool ComparesByText(int column) const override { return column != 0; }
     bool Less(size_t a, size_t b, int column) const override;
+
+    const CL::CsvRejectedLine& Entry(size_t row) const;
 
     const CL::CsvImportPlan& m_plan;
     std::wstring m_fileName;

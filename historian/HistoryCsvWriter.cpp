@@ -45,7 +45,28 @@ void AppendFields(std::wstring& text, std::initializer_list<TimeField> fields)
     }
 }
 
+// Whether the value is a number (scalar numeric types): its text is a
+// number, not text a spreadsheet could run.
+bool IsNumber(VARTYPE vt)
+{
+    switch (vt) {
+    case VT_I1: case VT_I2: case VT_I4: case VT_I8: case VT_INT:
+    case VT_UI1: case VT_UI2: case VT_UI4: case VT_UI8: case VT_UINT:
+    case VT_R4: case VT_R8: case VT_CY: case VT_DECIMAL:
+        return true;
+    default:
+        return false;
+    }
+}
+
 } // namespace
+
+std::wstring CHistoryCsvWriter::InertText(std::wstring text)
+{
+    if (!text.empty() && wcschr(L"=+-@\t\r", text[0]) && text[0] != L'\0')
+        text.insert(text.begin(), L'\'');
+    return text;
+}
 
 const wchar_t* CHistoryCsvWriter::Header()
 {
@@ -61,7 +82,7 @@ CHistoryCsvWriter::CHistoryCsvWriter(CReplacingFile& file) : m_file(file)
 void CHistoryCsvWriter::Write(const std::wstring& itemId, const CHistorianValues& values,
                               const std::function<void(size_t)>& step)
 {
-    const std::wstring itemField = DelimitedField(itemId, L',');
+    const std::wstring itemField = DelimitedField(InertText(itemId), L',');
     std::wstring text;
     for (size_t i = 0; i < values.Size(); ++i) {
         AppendRecord(text, itemField, values, i);
@@ -85,7 +106,10 @@ void CHistoryCsvWriter::AppendRecord(std::wstring& text, const std::wstring& ite
     text += itemField;
     text += L',';
     AppendTimes(text, values.times[i]);
-    AppendDelimitedField(text, VariantToString(value, kLocaleSystemDefault, kArraySeparator), L',');
+    std::wstring valueText = VariantToString(value, kLocaleSystemDefault, kArraySeparator);
+    if (!IsNumber(value.vt))
+        valueText = InertText(std::move(valueText));
+    AppendDelimitedField(text, valueText, L',');
     text += L',';
     AppendDigits(text, quality, 1);
     text += (quality & 0xC0) == 0xC0 ? L",1," : L",0,";

@@ -10,6 +10,12 @@
 // its whole text (array elements one per line inside the field, no cut),
 // the quality word in decimal, Good 1 or 0 (both top bits of the quality's
 // low byte set), and the data type's name.
+//
+// The file is meant for viewing in a spreadsheet, which runs a field that
+// starts with "=", "+", "-", "@", a tab or a carriage return as a formula:
+// such a text (an item ID, a text value, an array) is written with a single
+// quote in front, as spreadsheet makers advise against formula injection.
+// Numbers are written as they are ("-5" stays a number).
 #include <functional>
 #include <map>
 #include <string>
@@ -33,6 +39,9 @@ public:
 
     // The header record (CR LF ended).
     static const wchar_t* Header();
+    // The text as written into a field: a leading "'" when a spreadsheet
+    // would run it.
+    static std::wstring InertText(std::wstring text);
 
 private:
     void AppendRecord(std::wstring& text, const std::wstring& itemField, const CHistorianValues& values, size_t i);

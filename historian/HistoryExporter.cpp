@@ -23,11 +23,20 @@ ExportFormat ExportFormatFor(const std::wstring& path, int filterIndex)
         return ExportFormat::Csv;
     if (EndsWithNoCase(path, L".xml"))
         return ExportFormat::Xml;
+    if (EndsWithNoCase(path, L".xlsx"))
+        return ExportFormat::Workbook;
+    if (filterIndex == kExportFilterWorkbook)
+        return ExportFormat::Workbook;
     return filterIndex == kExportFilterCsv ? ExportFormat::Csv : ExportFormat::Xml;
 }
 
 CHistoryExporter::CHistoryExporter(const std::wstring& path, ExportFormat format) : m_path(path)
 {
+    if (format == ExportFormat::Workbook) {
+        m_file = std::make_unique<CReplacingFile>(path, kCsvSource);
+        m_workbook = std::make_unique<CHistoryWorkbookWriter>(*m_file);
+        return;
+    }
     if (format == ExportFormat::Csv) {
         m_file = std::make_unique<CReplacingFile>(path, kCsvSource);
         m_csv = std::make_unique<CHistoryCsvWriter>(*m_file);
@@ -42,7 +51,9 @@ CHistoryExporter::CHistoryExporter(const std::wstring& path, ExportFormat format
 void CHistoryExporter::Add(const std::wstring& itemId, const CHistorianValues& values,
                            const std::function<void(size_t)>& step)
 {
-    if (m_csv)
+    if (m_workbook)
+        m_workbook->Write(itemId, values, step);
+    else if (m_csv)
         m_csv->Write(itemId, values, step);
     else
         m_xml->AddItem(itemId, values, step);
@@ -50,6 +61,8 @@ void CHistoryExporter::Add(const std::wstring& itemId, const CHistorianValues& v
 
 void CHistoryExporter::Commit()
 {
+    if (m_workbook)
+        m_workbook->Close();
     if (m_file)
         m_file->Commit();
     else

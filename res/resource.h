@@ -24,3 +24,4 @@
 #include "resource_chart.h"
 #include "resource_journal.h"
 #include "resource_review.h"
+#include "resource_workbook.h"

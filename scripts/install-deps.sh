@@ -16,7 +16,8 @@
 set -u
 PACKAGES="cmake make g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools
  wine wine64 libwine xvfb xauth x11-utils imagemagick xdotool googletest
- unixodbc libsqliteodbc odbc-postgresql postgresql sqlite3 libxml2-utils nsis"
+ unixodbc libsqliteodbc odbc-postgresql postgresql sqlite3 libxml2-utils nsis
+ libz-mingw-w64-dev libreoffice-calc-nogui python3-openpyxl"
 
 SUDO=""
 if [ "$(id -u)" != 0 ]; then SUDO="sudo"; fi

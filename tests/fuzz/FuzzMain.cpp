@@ -23,6 +23,7 @@
 
 #include "AddressSpaceFuzz.h"
 #include "CsvFuzz.h"
+#include "WorkbookFuzz.h"
 #include "RecordFuzz.h"
 #include "SettingsFuzz.h"
 #include "Watchdog.h"
@@ -116,13 +117,15 @@ int main(int argc, char** argv)
     fuzz::CCsvFuzz csv(SampleCsv(folder.Path()));
     fuzz::CSettingsFuzz settings(folder.Path(), options.inputs ? 50 : 5);
     fuzz::CRecordFuzz records;
+    fuzz::CWorkbookFuzz workbook(folder.Path());
     // Shares of the inputs (long campaign), by what one input costs: a row
     // decodes in microseconds, a file goes through the disk and MSXML.
     struct Entry {
         fuzz::IFuzzTarget* target;
         double share;
     };
-    const std::vector<Entry> entries = {{&xml, 0.05}, {&csv, 0.12}, {&settings, 0.03}, {&records, 0.80}};
+    const std::vector<Entry> entries = {
+        {&xml, 0.05}, {&csv, 0.12}, {&settings, 0.03}, {&records, 0.70}, {&workbook, 0.10}};
 
     fuzz::CWatchdog watchdog(options.boundMs);
     std::vector<fuzz::LoaderCounts> counts(entries.size());

@@ -132,8 +132,8 @@ TEST_F(EditorWindow, MenuHoldsEveryEntryWithItsAccelerator)
               (Names{L"&File", L"&Edit", L"&View", L"&Help"}));
     EXPECT_EQ(test::MenuTexts(menu[0].submenu), (Names{L"&New\tCtrl+N", L"&Open...\tCtrl+O", L"&Save\tCtrl+S",
                                                      L"Save &a copy...", L"-", L"&Export CSV...",
-                                                     L"&Import CSV...", L"-",
-                                                     L"Re&view Changes...\tCtrl+Shift+R", L"-",
+                                                     L"&Import CSV...", L"Export &Workbook...", L"Im&port Workbook...",
+                                                     L"-", L"Re&view Changes...\tCtrl+Shift+R", L"-",
                                                      L"&Reload\tCtrl+R"}));
     EXPECT_EQ(test::MenuTexts(menu[1].submenu), (Names{L"&Undo\tCtrl+Z", L"&Redo\tCtrl+Y", L"-", L"Cu&t\tCtrl+X",
                                                      L"&Copy\tCtrl+C", L"&Paste\tCtrl+V", L"Dup&licate...",

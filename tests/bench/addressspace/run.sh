@@ -38,3 +38,7 @@ csv_export=$(awk '/^csv_export_seconds/ {print $2}' "$OUT.txt")
 csv_import=$(awk '/^csv_import_seconds/ {print $2}' "$OUT.txt")
 awk -v e="$csv_export" -v i="$csv_import" -v s="$save" -v l="$load" \
     'BEGIN { printf "csv_export_to_xml_save_ratio %.2f\ncsv_import_to_xml_load_ratio %.2f\n", e / s, i / l }'
+workbook_export=$(awk '/^workbook_export_seconds/ {print $2}' "$OUT.txt")
+workbook_import=$(awk '/^workbook_import_seconds/ {print $2}' "$OUT.txt")
+awk -v we="$workbook_export" -v wi="$workbook_import" -v e="$csv_export" -v i="$csv_import" \
+    'BEGIN { printf "workbook_export_to_csv_export_ratio %.2f (target 1.5)\nworkbook_import_to_csv_import_ratio %.2f (target 1.5)\n", we / e, wi / i }'

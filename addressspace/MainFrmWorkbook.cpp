@@ -1,0 +1,85 @@
+// Export Workbook and Import Workbook in the address space editor: the
+// address space to and from an Excel workbook (.xlsx) whose cells carry
+// their types (AddressSpaceWorkbook.h). The import shows the CSV import's
+// report and is one undoable step.
+#include "addressspace/MainFrm.h"
+
+#include <commdlg.h>
+
+#include <memory>
+
+#include "addressspace/AddressSpaceCopy.h"
+#include "addressspace/AddressSpaceWorkbook.h"
+#include "addressspace/ReplaceModelCommand.h"
+#include "addressspace/dlgCsvImport.h"
+#include "common/DiagnosticLog.h"
+#include "common/ErrorReport.h"
+#include "common/FileBytes.h"
+#include "common/Text.h"
+#include "common/ui/WaitCursor.h"
+#include "res/resource.h"
+
+namespace {
+
+constexpr wchar_t kWorkbookFilter[] = L"Excel Workbook (*.xlsx)\0*.xlsx\0All files (*.*)\0*.*\0";
+
+} // namespace
+
+void CMainFrame::OnFileExportWorkbook()
+{
+    Log(3, "CMainFrame::OnFileExportWorkbook" + MV_POS());
+    CL::RunReported([this] {
+        OPENFILENAMEW ofn = {};
+        ofn.lStructSize = sizeof ofn;
+        ofn.hwndOwner = Hwnd();
+        ofn.lpstrFilter = kWorkbookFilter;
+        ofn.nFilterIndex = 1;
+        ofn.lpstrFile = m_workbookPath;
+        ofn.nMaxFile = static_cast<DWORD>(std::size(m_workbookPath));
+        ofn.lpstrTitle = L"Export Workbook";
+        // A name typed without an extension gets ".xlsx" (before the
+        // dialog's own question whether to replace a file).
+        ofn.lpstrDefExt = L"xlsx";
+        ofn.Flags = OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOREADONLYRETURN;
+        if (!::GetSaveFileNameW(&ofn))
+            return;
+        CL::CWaitCursor wait;
+        CL::ExportAddressSpaceWorkbook(*m_document.Model(), m_workbookPath);
+    });
+}
+
+void CMainFrame::OnFileImportWorkbook()
+{
+    Log(3, "CMainFrame::OnFileImportWorkbook" + MV_POS());
+    CL::RunReported([this] {
+        OPENFILENAMEW ofn = {};
+        ofn.lStructSize = sizeof ofn;
+        ofn.hwndOwner = Hwnd();
+        ofn.lpstrFilter = kWorkbookFilter;
+        ofn.nFilterIndex = 1;
+        ofn.lpstrFile = m_workbookPath;
+        ofn.nMaxFile = static_cast<DWORD>(std::size(m_workbookPath));
+        ofn.lpstrTitle = L"Import Workbook";
+        ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
+        if (!::GetOpenFileNameW(&ofn))
+            return;
+        CL::CsvImportPlan plan;
+        {
+            CL::CWaitCursor wait;
+            const std::string bytes = CL::ReadWholeFile(m_workbookPath);
+            plan = CL::ReadAddressSpaceWorkbook(bytes, NewItemDefaults());
+        }
+        CdlgCsvImport report(plan, m_workbookPath + ofn.nFileOffset);
+        if (report.DoModal(Hwnd()) != IDOK)
+            return;
+        // Applied to a copy: the model changes only when the whole import went through.
+        CL::CWaitCursor wait;
+        auto model = CL::CopyAddressSpace(*m_document.Model());
+        const CL::CsvImportResult result = CL::ApplyCsvImport(plan, *model, report.updateExisting);
+        ShowEdit(m_document.Execute(std::make_unique<CReplaceModelCommand>(m_document, std::move(model),
+                                                                          L"Import Workbook")));
+        m_bars.SetStatusText(CL::Format(L"Workbook import: %zu item(s) added, %zu updated, %zu left as they were, "
+                                        L"%zu branch(es) created. Save sends the address space to the server.",
+                                        result.added, result.updated, result.leftAlone, result.branchesCreated));
+    });
+}
