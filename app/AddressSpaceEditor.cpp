@@ -1,6 +1,7 @@
 #include "app/AddressSpaceEditor.h"
 
 #include "addressspace/AddressSpaceFiles.h"
+#include "addressspace/dlgReviewChanges.h"
 #include "app/AboutDlg.h"
 #include "common/ChangeJournal.h"
 #include "common/historian/Historian.h"
