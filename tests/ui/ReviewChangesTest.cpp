@@ -10,6 +10,7 @@
 
 #include "EditorFixture.h"
 #include "addressspace/AddressSpaceCopy.h"
+#include "addressspace/AddressSpaceWorkbook.h"
 #include "addressspace/EditorStatus.h"
 #include "addressspace/dlgReviewChanges.h"
 #include "common/historian/HistoricDataWriter.h"
@@ -230,6 +231,31 @@ TEST_F(ReviewChanges, CompareWithAnXmlOrCsvFile)
     ASSERT_TRUE(review.ShowFile(xml));
     EXPECT_EQ(ListView_GetItemCount(review.List()), 0);
     EXPECT_EQ(CL::ItemText(review.Hwnd(), IDC_REVIEW_SUMMARY), L"No differences from copy.xml.");
+}
+
+TEST_F(ReviewChanges, CompareWithAWorkbookFile)
+{
+    CdlgReviewChanges& review = Open();
+    // The editor's own address space as a workbook: no differences.
+    const std::wstring same = dir.File(L"same.xlsx");
+    CL::ExportAddressSpaceWorkbook(*F().Document().Model(), same);
+    ASSERT_TRUE(review.ShowFile(same));
+    EXPECT_EQ(ListView_GetItemCount(review.List()), 0);
+    EXPECT_EQ(CL::ItemText(review.Hwnd(), IDC_REVIEW_SUMMARY), L"No differences from same.xlsx.");
+
+    // A workbook of an address space whose Speed scans at another rate.
+    auto other = CL::CopyAddressSpace(*F().Document().Model());
+    other->RootBranch()->FindBranch(L"Plant")->FindBranch(L"Line1")->FindItem(L"Speed")->SetScanRate(250);
+    const std::wstring changed = dir.File(L"changed.xlsx");
+    CL::ExportAddressSpaceWorkbook(*other, changed);
+    ASSERT_TRUE(review.ShowFile(changed));
+    EXPECT_EQ(CL::ItemText(review.Hwnd(), IDC_REVIEW_SOURCE), L"File: changed.xlsx");
+    ASSERT_EQ(ListView_GetItemCount(review.List()), 1);
+    const int speed = ReviewLineOf(L"Plant.Line1.Speed");
+    ASSERT_GE(speed, 0);
+    EXPECT_EQ(Cell(speed, CReviewRows::kField), L"Scan rate");
+    EXPECT_EQ(Cell(speed, CReviewRows::kAfter), L"1000");
+    EXPECT_EQ(Cell(speed, CReviewRows::kBefore), L"250");
 }
 
 TEST_F(ReviewChanges, ReadOnlyCompareOfTwoAddressSpacesOffersNoRevertAndNoSave)

@@ -126,15 +126,15 @@ TEST(ChangeJournal, UnwritableJournalLogsAnErrorWarnsAndDoesNotThrow)
 // entries the variable names, tagged with its own name.
 TEST(ChangeJournalWriter, AppendsTaggedEntries)
 {
-    const std::wstring spec = Variable(kWriterVariable);
-    if (spec.empty())
+    const std::wstring job = Variable(kWriterVariable);
+    if (job.empty())
         GTEST_SKIP() << "run by ChangeJournal.TwoProcessesWritingAtOnceLoseNoEntry";
     // "<path>|<tag>|<count>"
-    const size_t first = spec.find(L'|');
-    const size_t second = spec.find(L'|', first + 1);
-    CChangeJournal journal(spec.substr(0, first), nullptr);
-    const std::wstring tag = spec.substr(first + 1, second - first - 1);
-    const int count = std::stoi(spec.substr(second + 1));
+    const size_t first = job.find(L'|');
+    const size_t second = job.find(L'|', first + 1);
+    CChangeJournal journal(job.substr(0, first), nullptr);
+    const std::wstring tag = job.substr(first + 1, second - first - 1);
+    const int count = std::stoi(job.substr(second + 1));
     // Both writers start at the same moment.
     const HANDLE go = ::OpenEventW(SYNCHRONIZE, FALSE, kGoEvent);
     ASSERT_NE(go, nullptr);
@@ -158,8 +158,8 @@ TEST(ChangeJournal, TwoProcessesWritingAtOnceLoseNoEntry)
     ASSERT_NE(go, nullptr);
     std::vector<std::unique_ptr<test::Process>> writers;
     for (const wchar_t* tag : {L"A", L"B"}) {
-        const std::wstring spec = path + L"|" + tag + L"|" + std::to_wstring(kCount);
-        ASSERT_TRUE(::SetEnvironmentVariableW(kWriterVariable, spec.c_str()));
+        const std::wstring job = path + L"|" + tag + L"|" + std::to_wstring(kCount);
+        ASSERT_TRUE(::SetEnvironmentVariableW(kWriterVariable, job.c_str()));
         writers.push_back(std::make_unique<test::Process>(test::ProgramFolder() + L"unit_tests.exe",
                                                           L"--gtest_filter=ChangeJournalWriter.*"));
     }

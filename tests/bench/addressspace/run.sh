@@ -41,4 +41,4 @@ awk -v e="$csv_export" -v i="$csv_import" -v s="$save" -v l="$load" \
 workbook_export=$(awk '/^workbook_export_seconds/ {print $2}' "$OUT.txt")
 workbook_import=$(awk '/^workbook_import_seconds/ {print $2}' "$OUT.txt")
 awk -v we="$workbook_export" -v wi="$workbook_import" -v e="$csv_export" -v i="$csv_import" \
-    'BEGIN { printf "workbook_export_to_csv_export_ratio %.2f (target 1.5)\nworkbook_import_to_csv_import_ratio %.2f (target 1.5)\n", we / e, wi / i }'
+    'BEGIN { printf "workbook_export_to_csv_export_ratio %.2f (target <= 1.5)\nworkbook_import_to_csv_import_ratio %.2f (target <= 1.5)\n", we / e, wi / i }'
