@@ -813,19 +813,26 @@ void CMainFrame::OnFileImportCsv()
             CL::CWaitCursor wait;
             plan = CL::ReadAddressSpaceCsv(CL::ReadWholeFile(m_csvPath), NewItemDefaults());
         }
-        CdlgCsvImport report(plan, m_csvPath + ofn.nFileOffset);
-        if (report.DoModal(Hwnd()) != IDOK)
-            return;
-        // Applied to a copy: the model changes only when the whole import went through.
-        CL::CWaitCursor wait;
-        auto model = CL::CopyAddressSpace(*m_document.Model());
-        const CL::CsvImportResult result = CL::ApplyCsvImport(plan, *model, report.updateExisting);
-        ShowEdit(m_document.Execute(std::make_unique<CReplaceModelCommand>(m_document, std::move(model),
-                                                                          L"Import CSV")));
-        m_bars.SetStatusText(CL::Format(L"CSV import: %zu item(s) added, %zu updated, %zu left as they were, "
-                                        L"%zu branch(es) created. Save sends the address space to the server.",
-                                        result.added, result.updated, result.leftAlone, result.branchesCreated));
+        ImportPlan(plan, m_csvPath + ofn.nFileOffset, L"Import CSV", L"CSV import");
     });
+}
+
+// Shows the import's report and, on Import, applies the plan as one
+// undoable step named `step`; the status bar says what it did.
+void CMainFrame::ImportPlan(const CL::CsvImportPlan& plan, const wchar_t* fileName, const wchar_t* step,
+                            const wchar_t* what)
+{
+    CdlgCsvImport report(plan, fileName);
+    if (report.DoModal(Hwnd()) != IDOK)
+        return;
+    // Applied to a copy: the model changes only when the whole import went through.
+    CL::CWaitCursor wait;
+    auto model = CL::CopyAddressSpace(*m_document.Model());
+    const CL::CsvImportResult result = CL::ApplyCsvImport(plan, *model, report.updateExisting);
+    ShowEdit(m_document.Execute(std::make_unique<CReplaceModelCommand>(m_document, std::move(model), step)));
+    m_bars.SetStatusText(CL::Format(L"%ls: %zu item(s) added, %zu updated, %zu left as they were, "
+                                    L"%zu branch(es) created. Save sends the address space to the server.",
+                                    what, result.added, result.updated, result.leftAlone, result.branchesCreated));
 }
 
 // Columns the text lacks take what the item dialog offers a new item.

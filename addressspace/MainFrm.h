@@ -152,6 +152,7 @@ private:
     void OnStatusDoubleClick(const NMMOUSE& click);
     void OnFileExportWorkbook();
     void OnFileImportWorkbook();
+    void ImportPlan(const CL::CsvImportPlan& plan, const wchar_t* fileName, const wchar_t* step, const wchar_t* what);
     void OnEditUndo();
     void OnEditRedo();
     void OnEditCut();

@@ -69,17 +69,6 @@ void CMainFrame::OnFileImportWorkbook()
             const std::string bytes = CL::ReadWholeFile(m_workbookPath);
             plan = CL::ReadAddressSpaceWorkbook(bytes, NewItemDefaults());
         }
-        CdlgCsvImport report(plan, m_workbookPath + ofn.nFileOffset);
-        if (report.DoModal(Hwnd()) != IDOK)
-            return;
-        // Applied to a copy: the model changes only when the whole import went through.
-        CL::CWaitCursor wait;
-        auto model = CL::CopyAddressSpace(*m_document.Model());
-        const CL::CsvImportResult result = CL::ApplyCsvImport(plan, *model, report.updateExisting);
-        ShowEdit(m_document.Execute(std::make_unique<CReplaceModelCommand>(m_document, std::move(model),
-                                                                          L"Import Workbook")));
-        m_bars.SetStatusText(CL::Format(L"Workbook import: %zu item(s) added, %zu updated, %zu left as they were, "
-                                        L"%zu branch(es) created. Save sends the address space to the server.",
-                                        result.added, result.updated, result.leftAlone, result.branchesCreated));
+        ImportPlan(plan, m_workbookPath + ofn.nFileOffset, L"Import Workbook", L"Workbook import");
     });
 }

@@ -7,6 +7,8 @@
 // options rule kept); the number of versions kept; service starts and stops
 // from the tray menu journalled.
 #include <gtest/gtest.h>
+
+#include <string>
 #include <windows.h>
 
 #include <commctrl.h>
@@ -28,7 +30,9 @@
 
 namespace {
 
-const wchar_t kRetentionKey[] = L"Software\\MorvaneTests\\HistoryRetention";
+// One key per test process: CTest runs tests of other processes at the same
+// time, and a key they shared would let one test's setting reach another.
+const std::wstring kRetentionKey = L"Software\\MorvaneTests\\HistoryRetention" + std::to_wstring(::GetCurrentProcessId());
 
 // The process journal pointed at a fresh file for one test.
 class JournalInTemp {
@@ -72,7 +76,7 @@ class ChangeHistory : public testing::Test {
 protected:
     void SetUp() override
     {
-        CL::CRegistryKey::Delete(HKEY_CURRENT_USER, kRetentionKey);
+        CL::CRegistryKey::Delete(HKEY_CURRENT_USER, kRetentionKey.c_str());
         exchangeFile = journal.dir.File(L"DefaultAddressSpace.xml");
         CAddressSpaceVersions versions(exchangeFile);
         SYSTEMTIME first = {2026, 11, 0, 20, 8, 0, 0, 0};
@@ -93,7 +97,7 @@ protected:
         Append(L"2026-11-23 11:00:00", CL::kJournalValuesDeleted,
                L"Items: Plant.Line1.Speed (1); period: the whole time; values deleted: 60 (of 60).");
     }
-    void TearDown() override { CL::CRegistryKey::Delete(HKEY_CURRENT_USER, kRetentionKey); }
+    void TearDown() override { CL::CRegistryKey::Delete(HKEY_CURRENT_USER, kRetentionKey.c_str()); }
 
     void Append(const wchar_t* time, const wchar_t* action, const std::wstring& details, const std::wstring& file = L"",
                 const std::wstring& previous = L"")
@@ -105,7 +109,7 @@ protected:
     HWND Open(CL::ChangeHistoryActions actions = {})
     {
         dialog = std::make_unique<CL::CdlgChangeHistory>(journal.Journal(), exchangeFile,
-                                                         CVersionRetention(HKEY_CURRENT_USER, kRetentionKey),
+                                                         CVersionRetention(HKEY_CURRENT_USER, kRetentionKey.c_str()),
                                                          std::move(actions));
         const HWND hwnd = dialog->Create(nullptr);
         // Hidden, so that the message box answerers leave it alone.
@@ -242,7 +246,7 @@ TEST_F(ChangeHistory, VersionsKeptIsTheControlPanelsOwnSettingAndJournalled)
                                 }}});
     test::Click(hwnd, IDC_HISTORY_RETENTION);
     ASSERT_TRUE(script.Finished()) << CL::Narrow(script.Report());
-    EXPECT_EQ(CVersionRetention(HKEY_CURRENT_USER, kRetentionKey).Kept(), 1u);
+    EXPECT_EQ(CVersionRetention(HKEY_CURRENT_USER, kRetentionKey.c_str()).Kept(), 1u);
     EXPECT_EQ(CAddressSpaceVersions(exchangeFile).List(), std::vector<std::wstring>{newer});
     const std::vector<CL::CJournalEntry> entries = journal.Entries();
     ASSERT_EQ(entries.size(), 5u);

@@ -263,11 +263,14 @@ TEST_F(AddressSpaceFile, FailedSaveLeavesTheOldFileWhole)
     const std::string old = "<Morvane_OPCDAAddressSpace Name=\"\"><Item Name=\"Old\" CanonicalDataType=\"3\"/>"
                             "</Morvane_OPCDAAddressSpace>";
     const std::wstring path = Write(old);
-    // A folder where the new text would be written first makes the save fail.
-    ASSERT_TRUE(::CreateDirectoryW((path + L".saving").c_str(), nullptr));
+    // The file is held open by another program: the new text written beside
+    // it cannot replace it, and it stays as it was.
+    const HANDLE held = ::CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(held, INVALID_HANDLE_VALUE);
     SpacePtr space = SpacePtr::Make();
     space->RootBranch()->AddItem(MakeItem(L"New", VT_I4));
     const CL::CException e = CaughtFrom([&] { space->Save(path); });
+    ::CloseHandle(held);
     EXPECT_TRUE(FAILED(e.Error())) << CL::Narrow(e.Text());
     EXPECT_EQ(test::ReadFileBytes(path), old);
 }

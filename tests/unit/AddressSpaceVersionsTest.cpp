@@ -6,6 +6,8 @@
 // and named, and one journal entry per Save.
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "addressspace/AddressSpaceExchange.h"
 #include "addressspace/AddressSpaceVersions.h"
 #include "addressspace/ChangeRecorder.h"
@@ -38,11 +40,13 @@ std::wstring NameOf(const std::wstring& path)
     return path.substr(path.find_last_of(L'\\') + 1);
 }
 
-const wchar_t kRetentionKey[] = L"Software\\MorvaneTests\\VersionRetention";
+// One key per test process: CTest runs tests of other processes at the same
+// time, and a key they shared would let one test's setting reach another.
+const std::wstring kRetentionKey = L"Software\\MorvaneTests\\VersionRetention" + std::to_wstring(::GetCurrentProcessId());
 
 struct RetentionKey {
-    RetentionKey() { CL::CRegistryKey::Delete(HKEY_CURRENT_USER, kRetentionKey); }
-    ~RetentionKey() { CL::CRegistryKey::Delete(HKEY_CURRENT_USER, kRetentionKey); }
+    RetentionKey() { CL::CRegistryKey::Delete(HKEY_CURRENT_USER, kRetentionKey.c_str()); }
+    ~RetentionKey() { CL::CRegistryKey::Delete(HKEY_CURRENT_USER, kRetentionKey.c_str()); }
 };
 
 std::string SpaceWithItem(const std::string& name)
@@ -109,10 +113,10 @@ TEST(AddressSpaceVersions, RetentionRemovesOnlyTheOldestBeyondTheNumberKept)
 TEST(VersionRetention, DefaultsToFiftyAndKeepsItsOwnSetting)
 {
     RetentionKey clean;
-    CVersionRetention retention(HKEY_CURRENT_USER, kRetentionKey);
+    CVersionRetention retention(HKEY_CURRENT_USER, kRetentionKey.c_str());
     EXPECT_EQ(retention.Kept(), 50u);
     retention.SetKept(7);
-    EXPECT_EQ(CVersionRetention(HKEY_CURRENT_USER, kRetentionKey).Kept(), 7u);
+    EXPECT_EQ(CVersionRetention(HKEY_CURRENT_USER, kRetentionKey.c_str()).Kept(), 7u);
     retention.SetKept(0);
     EXPECT_EQ(retention.Kept(), 0u);
     EXPECT_EQ(CVersionRetention::Describe(0), L"every version");
@@ -144,7 +148,7 @@ protected:
     test::ComApartment com;   // the address space files go through MSXML
     RetentionKey clean;
     test::TempDir dir;
-    CVersionRetention retention{HKEY_CURRENT_USER, kRetentionKey};
+    CVersionRetention retention{HKEY_CURRENT_USER, kRetentionKey.c_str()};
     CL::CChangeJournal journal;
     CAddressSpaceExchange exchange;
     std::shared_ptr<CChangeRecorder> recorder;
