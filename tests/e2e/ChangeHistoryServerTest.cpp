@@ -21,6 +21,7 @@
 #include "common/historian/Historian.h"
 #include "config/Settings.h"
 #include "res/resource.h"
+#include "support/ProcessState.h"
 #include "support/ServerSimulator.h"
 #include "support/SettingsServiceName.h"
 #include "support/TestSupport.h"
@@ -35,6 +36,9 @@ std::string SpaceWithItem(const std::string& name, const std::string& scanRate =
 }
 
 class HistoryWithServer : public testing::Test {
+    // Puts the settings record back after each test (after TearDown).
+    test::SettingsKeeper m_keepSettings;
+
 protected:
     void SetUp() override
     {

@@ -236,12 +236,15 @@ TEST_F(ReviewChanges, CompareWithAnXmlOrCsvFile)
 TEST_F(ReviewChanges, CompareWithAWorkbookFile)
 {
     CdlgReviewChanges& review = Open();
-    // The editor's own address space as a workbook: no differences.
+    // The editor's own address space as a workbook: a workbook, like a CSV,
+    // holds items, so only the empty branch Line2 is missing from it.
     const std::wstring same = dir.File(L"same.xlsx");
     CL::ExportAddressSpaceWorkbook(*F().Document().Model(), same);
     ASSERT_TRUE(review.ShowFile(same));
-    EXPECT_EQ(ListView_GetItemCount(review.List()), 0);
-    EXPECT_EQ(CL::ItemText(review.Hwnd(), IDC_REVIEW_SUMMARY), L"No differences from same.xlsx.");
+    EXPECT_EQ(ListView_GetItemCount(review.List()), 1);
+    const int line2 = ReviewLineOf(L"Plant.Line2");
+    ASSERT_GE(line2, 0);
+    EXPECT_EQ(Cell(line2, CReviewRows::kKind), L"Added branch");
 
     // A workbook of an address space whose Speed scans at another rate.
     auto other = CL::CopyAddressSpace(*F().Document().Model());
@@ -250,7 +253,7 @@ TEST_F(ReviewChanges, CompareWithAWorkbookFile)
     CL::ExportAddressSpaceWorkbook(*other, changed);
     ASSERT_TRUE(review.ShowFile(changed));
     EXPECT_EQ(CL::ItemText(review.Hwnd(), IDC_REVIEW_SOURCE), L"File: changed.xlsx");
-    ASSERT_EQ(ListView_GetItemCount(review.List()), 1);
+    ASSERT_EQ(ListView_GetItemCount(review.List()), 2);   // Speed's scan rate, Line2
     const int speed = ReviewLineOf(L"Plant.Line1.Speed");
     ASSERT_GE(speed, 0);
     EXPECT_EQ(Cell(speed, CReviewRows::kField), L"Scan rate");
