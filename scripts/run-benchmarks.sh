@@ -9,6 +9,8 @@
 # misses its target by more than half again (scripts/bench-far-off.awk); a
 # smaller miss is marked by the benchmark and taken as a shared machine's
 # noise.
+#
+# BENCHES="editor review" runs only the named benchmarks (folder names).
 set -u
 BUILD_DIR=$1
 SRC_DIR=$(cd "$(dirname "$0")/.." && pwd)
@@ -20,6 +22,7 @@ for dir in "$SRC_DIR"/tests/bench/*/; do
     name=$(basename "$dir")
     exe="$BUILD_DIR/bin/bench_$name.exe"
     [ -f "$exe" ] || continue
+    if [ -n "${BENCHES:-}" ] && [[ " $BENCHES " != *" $name "* ]]; then continue; fi
     echo "=== benchmark: $name"
     # To a file, then shown: wine piped into a reader holds the pipe open.
     if [ -x "$dir/run.sh" ]; then
