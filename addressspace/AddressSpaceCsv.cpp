@@ -174,16 +174,20 @@ void ApplyValues(COPCItem& item, const CsvItem& from, const FILETIME& now)
 std::wstring JoinItemPath(const std::vector<std::wstring>& names)
 {
     std::wstring path;
-    for (size_t i = 0; i < names.size(); ++i) {
-        if (i)
-            path += L'.';
-        for (wchar_t c : names[i]) {
-            if (c == L'.' || c == L'\\')
-                path += L'\\';
-            path += c;
-        }
-    }
+    for (const std::wstring& name : names)
+        AppendItemPathName(path, name);
     return path;
+}
+
+void AppendItemPathName(std::wstring& path, std::wstring_view name)
+{
+    if (!path.empty())
+        path += L'.';
+    for (wchar_t c : name) {
+        if (c == L'.' || c == L'\\')
+            path += L'\\';
+        path += c;
+    }
 }
 
 bool SplitItemPath(std::wstring_view path, std::vector<std::wstring>& names, std::wstring& reason)

@@ -43,6 +43,8 @@ std::wstring TabSeparatedBranch(const COPCServerAddressSpaceBranch& branch);
 bool SplitItemPath(std::wstring_view path, std::vector<std::wstring>& names, std::wstring& reason);
 // The names joined into a path, each "." and "\" escaped.
 std::wstring JoinItemPath(const std::vector<std::wstring>& names);
+// Appends one name to a path as JoinItemPath joins it.
+void AppendItemPathName(std::wstring& path, std::wstring_view name);
 
 // What a column that the file lacks gives each item (the item dialog's
 // values for a new item).

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 #include <optional>
+#include <span>
 
 #include "common/Exception.h"
 #include "common/FileBytes.h"
@@ -32,6 +33,17 @@ using Style = CWorkbookWriter::Style;
 
 // ---- Export -----------------------------------------------------------------
 
+// The longest line of a text.
+size_t TextWidth(std::wstring_view text)
+{
+    size_t longest = 0, line = 0;
+    for (wchar_t c : text) {
+        line = c == L'\n' ? 0 : line + 1;
+        longest = std::max(longest, line);
+    }
+    return longest;
+}
+
 // One cell of a row before it is written: its kind and its content.
 struct OutCell {
     enum class Kind { Empty, Text, Number, Boolean, Date } kind = Kind::Empty;
@@ -43,14 +55,7 @@ struct OutCell {
     size_t Width() const
     {
         switch (kind) {
-        case Kind::Text: {
-            size_t longest = 0, line = 0;
-            for (wchar_t c : text) {
-                line = c == L'\n' ? 0 : line + 1;
-                longest = std::max(longest, line);
-            }
-            return longest;
-        }
+        case Kind::Text: return TextWidth(text);
         case Kind::Number: return digits.size();
         case Kind::Boolean: return 5;
         case Kind::Date: return 23;
@@ -189,34 +194,56 @@ OutCell ValueCell(const VARIANT& value)
     }
 }
 
-using Row = std::array<OutCell, kColumnCount>;
-
-void CollectRows(const COPCServerAddressSpaceBranch& branch, std::vector<std::wstring>& names, std::vector<Row>& rows)
+// Calls visit(item, path) for every item in export order (a branch's items,
+// then its branches), the path built in one buffer as the walk goes.
+template <typename Visit>
+void ForEachItem(const COPCServerAddressSpaceBranch& branch, std::wstring& path, Visit&& visit)
 {
+    const size_t base = path.size();
     for (const CSmartPtr<COPCItem>& item : branch.Items()) {
-        names.push_back(item->Name());
-        Row row;
-        row[kPath] = TextCell(JoinItemPath(names));
-        row[kType] = TextCell(VarTypeToString(item->CanonicalDataType()));
-        const CVariant value = item->Value();
-        row[kValue] = ValueCell(value);
-        if (row[kValue].kind == OutCell::Kind::Text && row[kValue].text.size() > CWorkbookWriter::kMaxCellText)
-            throw CException(E_INVALIDARG,
-                             Format(L"The value of \"%ls\" has %zu characters, more than a workbook cell holds "
-                                    L"(32,767): a spreadsheet would cut it. Export CSV keeps it whole.",
-                                    row[kPath].text.c_str(), row[kValue].text.size()));
-        row[kReadable] = NumberCell(item->Readable() ? "1" : "0");
-        row[kWritable] = NumberCell(item->Writable() ? "1" : "0");
-        row[kArchive] = NumberCell(item->Archive() ? "1" : "0");
-        row[kScanRate] = NumberCell(std::to_string(item->ScanRate()));
-        rows.push_back(std::move(row));
-        names.pop_back();
+        AppendItemPathName(path, item->Name());
+        visit(*item, path);
+        path.resize(base);
     }
     for (const CSmartPtr<COPCServerAddressSpaceBranch>& child : branch.Branches()) {
-        names.push_back(child->Name());
-        CollectRows(*child, names, rows);
-        names.pop_back();
+        AppendItemPathName(path, child->Name());
+        ForEachItem(*child, path, visit);
+        path.resize(base);
     }
+}
+
+// The value's cell; a text longer than a cell holds is refused, as a
+// spreadsheet would cut it.
+OutCell CheckedValueCell(const COPCItem& item, const std::wstring& path)
+{
+    OutCell cell = ValueCell(item.Value());
+    if (cell.kind == OutCell::Kind::Text && cell.text.size() > CWorkbookWriter::kMaxCellText)
+        throw CException(E_INVALIDARG,
+                         Format(L"The value of \"%ls\" has %zu characters, more than a workbook cell holds "
+                                L"(32,767): a spreadsheet would cut it. Export CSV keeps it whole.",
+                                path.c_str(), cell.text.size()));
+    return cell;
+}
+
+// The columns' widths in characters: the longest content of each column
+// (and its header), within the limit. Every value is checked on the way,
+// so that nothing is written for an address space that cannot be.
+std::vector<double> ColumnWidths(const COPCServerAddressSpace& space)
+{
+    std::array<size_t, kColumnCount> widest = {};
+    for (int c = 0; c < kColumnCount; ++c)
+        widest[static_cast<size_t>(c)] = wcslen(kCsvColumns[c]) + 1;   // + room for the filter button
+    std::wstring path;
+    ForEachItem(*space.RootBranch(), path, [&](const COPCItem& item, const std::wstring& itemPath) {
+        widest[kPath] = std::max(widest[kPath], TextWidth(itemPath));
+        widest[kType] = std::max(widest[kType], VarTypeToString(item.CanonicalDataType()).size());
+        widest[kValue] = std::max(widest[kValue], CheckedValueCell(item, itemPath).Width());
+        widest[kScanRate] = std::max(widest[kScanRate], std::to_string(item.ScanRate()).size());
+    });
+    std::vector<double> widths;
+    for (size_t width : widest)
+        widths.push_back(std::min(static_cast<double>(width + 2), kMaxColumnWidth));
+    return widths;
 }
 
 void WriteCell(CWorkbookWriter& writer, const OutCell& cell)
@@ -270,22 +297,31 @@ double OleDate(double serial)
 // The text a cell gives a column read as text (Path, Data type, flags,
 // scan rate, a text value): numbers as their shortest text, booleans as
 // TRUE/FALSE, dates as the program's date text.
-std::wstring CellText(const WorkbookCell& cell)
+void CellText(const WorkbookCell& cell, std::wstring& out)
 {
     switch (cell.kind) {
-    case WorkbookCell::Kind::Text: return cell.text;
-    case WorkbookCell::Kind::Boolean: return cell.text == L"1" ? L"TRUE" : L"FALSE";
+    case WorkbookCell::Kind::Text: out.assign(cell.text); return;
+    case WorkbookCell::Kind::Boolean: out.assign(cell.text == L"1" ? L"TRUE" : L"FALSE"); return;
     case WorkbookCell::Kind::Number: {
         double number = 0;
         CWorkbookReader::ParseNumber(cell.text, number);
         if (cell.date)
-            return DateText(OleDate(number));
-        if (IsIntegerDigits(cell.text) && cell.text.size() <= 15)
-            return cell.text[0] == L'+' ? cell.text.substr(1) : cell.text;
-        return FromUtf8(CWorkbookWriter::NumberDigits(number));
+            out = DateText(OleDate(number));
+        else if (IsIntegerDigits(cell.text) && cell.text.size() <= 15)
+            out.assign(std::wstring_view(cell.text).substr(cell.text[0] == L'+' ? 1 : 0));
+        else
+            out = FromUtf8(CWorkbookWriter::NumberDigits(number));
+        return;
     }
-    default: return std::wstring();
+    default: out.clear(); return;
     }
+}
+
+std::wstring CellText(const WorkbookCell& cell)
+{
+    std::wstring text;
+    CellText(cell, text);
+    return text;
 }
 
 // An integer value of the type from a number cell's digits: exact for
@@ -417,7 +453,7 @@ class PlanBuilder {
 public:
     PlanBuilder(CsvImportPlan& plan, const CsvItemDefaults& defaults) : m_plan(plan), m_defaults(defaults) {}
 
-    void Row(size_t number, const std::vector<WorkbookCell>& cells)
+    void Row(size_t number, std::span<const WorkbookCell> cells)
     {
         if (!m_header) {
             std::vector<std::wstring> names;
@@ -443,15 +479,19 @@ public:
     bool HasHeader() const { return m_header; }
 
 private:
-    const WorkbookCell* Cell(const std::vector<WorkbookCell>& cells, int column) const
+    const WorkbookCell* Cell(std::span<const WorkbookCell> cells, int column) const
     {
         const int i = m_map.index[column];
         return i >= 0 && static_cast<size_t>(i) < cells.size() ? &cells[static_cast<size_t>(i)] : nullptr;
     }
 
-    std::wstring ReadRow(const std::vector<WorkbookCell>& cells, CsvItem& item, std::wstring& note)
+    std::wstring ReadRow(std::span<const WorkbookCell> cells, CsvItem& item, std::wstring& note)
     {
-        std::vector<std::wstring> fields(cells.size());
+        // The fields' strings are kept from row to row, as the CSV reader keeps its.
+        std::vector<std::wstring>& fields = m_fields;
+        fields.resize(cells.size());
+        for (std::wstring& field : fields)
+            field.clear();
         std::vector<std::wstring> formulas;
         for (int column = 0; column < kColumnCount; ++column) {
             const WorkbookCell* cell = Cell(cells, column);
@@ -471,7 +511,7 @@ private:
                               ColumnName(column), cell->length);
             if (cell->formula)
                 formulas.push_back(ColumnName(column));
-            fields[static_cast<size_t>(m_map.index[column])] = CellText(*cell);
+            CellText(*cell, fields[static_cast<size_t>(m_map.index[column])]);
         }
         const WorkbookCell* value = Cell(cells, kValue);
         const bool typed = value && (value->kind == WorkbookCell::Kind::Number ||
@@ -559,35 +599,35 @@ private:
     const CsvItemDefaults& m_defaults;
     CsvColumnMap m_map;
     bool m_header = false;
+    std::vector<std::wstring> m_fields;
 };
 
 } // namespace
 
 void ExportAddressSpaceWorkbook(const COPCServerAddressSpace& space, const std::wstring& path)
 {
-    std::vector<Row> rows;
-    std::vector<std::wstring> names;
-    CollectRows(*space.RootBranch(), names, rows);
-
-    std::vector<double> widths;
-    for (int c = 0; c < kColumnCount; ++c) {
-        size_t width = wcslen(kCsvColumns[c]) + 3;   // room for the filter button
-        for (const Row& row : rows)
-            width = std::max(width, row[c].Width() + 2);
-        widths.push_back(std::min(static_cast<double>(width), kMaxColumnWidth));
-    }
-
+    // Two walks, no row kept: the first finds the columns' widths (which
+    // come before the rows in the sheet), the second writes the rows.
+    const std::vector<double> widths = ColumnWidths(space);
     CReplacingFile file(path, L"CreateFile (szFile)");
     CWorkbookWriter writer(file);
     writer.BeginSheet(kWorkbookSheetName, widths, true);
     writer.BeginRow();
     for (const wchar_t* name : kCsvColumns)
         writer.Text(name, CWorkbookWriter::kHeader);
-    for (const Row& row : rows) {
+    std::wstring itemPath;
+    ForEachItem(*space.RootBranch(), itemPath, [&](const COPCItem& item, const std::wstring& itemPathNow) {
         writer.BeginRow();
-        for (const OutCell& cell : row)
-            WriteCell(writer, cell);
-    }
+        writer.Text(itemPathNow, CWorkbookWriter::kText);
+        WriteCell(writer, TextCell(VarTypeToString(item.CanonicalDataType())));
+        WriteCell(writer, ValueCell(item.Value()));
+        writer.NumberText(item.Readable() ? "1" : "0");
+        writer.NumberText(item.Writable() ? "1" : "0");
+        writer.NumberText(item.Archive() ? "1" : "0");
+        char digits[16];
+        const char* end = std::to_chars(digits, digits + sizeof digits, item.ScanRate()).ptr;
+        writer.NumberText(std::string_view(digits, static_cast<size_t>(end - digits)));
+    });
     writer.EndSheet(true);
     writer.Close();
     file.Commit();
@@ -599,7 +639,7 @@ CsvImportPlan ReadAddressSpaceWorkbook(std::string_view bytes, const CsvItemDefa
     CsvImportPlan plan;
     plan.workbook = true;
     PlanBuilder builder(plan, defaults);
-    reader.ReadFirstSheet([&](size_t row, const std::vector<WorkbookCell>& cells) { builder.Row(row, cells); });
+    reader.ReadFirstSheet([&](size_t row, std::span<const WorkbookCell> cells) { builder.Row(row, cells); });
     if (!builder.HasHeader())
         throw CException(E_INVALIDARG,
                          L"The workbook's first sheet is empty: its first row must name the columns (Path, ...).");

@@ -5,7 +5,7 @@
 #include <map>
 
 #include "common/Exception.h"
-#include "common/SaxParser.h"
+#include "common/XmlEventParser.h"
 #include "common/Text.h"
 
 namespace CL {
@@ -124,40 +124,40 @@ struct CappedText {
 
 // ---- Handlers of the parts ----------------------------------------------
 
-class RelationshipsHandler : public ISaxHandler {
+class RelationshipsHandler : public IXmlHandler {
 public:
     explicit RelationshipsHandler(std::vector<std::tuple<std::wstring, std::wstring, std::wstring>>& out)
         : m_out(out)
     {
     }
-    void StartElement(std::wstring_view name, ISAXAttributes* attributes) override
+    void StartElement(std::string_view name, const CXmlAttributes& attributes) override
     {
-        if (name == L"Relationship")
-            m_out.emplace_back(std::wstring(SaxAttribute(attributes, L"Id")),
-                               std::wstring(SaxAttribute(attributes, L"Type")),
-                               std::wstring(SaxAttribute(attributes, L"Target")));
+        if (name == "Relationship")
+            m_out.emplace_back(std::wstring(attributes.Get("Id")),
+                               std::wstring(attributes.Get("Type")),
+                               std::wstring(attributes.Get("Target")));
     }
-    void EndElement(std::wstring_view) override {}
+    void EndElement(std::string_view) override {}
     void Characters(std::wstring_view) override {}
 
 private:
     std::vector<std::tuple<std::wstring, std::wstring, std::wstring>>& m_out;
 };
 
-class WorkbookHandler : public ISaxHandler {
+class WorkbookHandler : public IXmlHandler {
 public:
-    void StartElement(std::wstring_view name, ISAXAttributes* attributes) override
+    void StartElement(std::string_view name, const CXmlAttributes& attributes) override
     {
-        if (name == L"workbookPr") {
-            const std::wstring_view date1904 = SaxAttribute(attributes, L"date1904");
+        if (name == "workbookPr") {
+            const std::wstring_view date1904 = attributes.Get("date1904");
             this->date1904 = date1904 == L"1" || date1904 == L"true";
-        } else if (name == L"sheet" && !found) {
+        } else if (name == "sheet" && !found) {
             found = true;
-            sheetName = SaxAttribute(attributes, L"name");
-            relationship = SaxAttribute(attributes, L"id");
+            sheetName = attributes.Get("name");
+            relationship = attributes.Get("id");
         }
     }
-    void EndElement(std::wstring_view) override {}
+    void EndElement(std::string_view) override {}
     void Characters(std::wstring_view) override {}
 
     bool found = false;
@@ -166,25 +166,25 @@ public:
     std::wstring relationship;
 };
 
-class StylesHandler : public ISaxHandler {
+class StylesHandler : public IXmlHandler {
 public:
-    void StartElement(std::wstring_view name, ISAXAttributes* attributes) override
+    void StartElement(std::string_view name, const CXmlAttributes& attributes) override
     {
         bool ok = false;
-        if (name == L"numFmt") {
-            const size_t id = ParseIndex(SaxAttribute(attributes, L"numFmtId"), ok);
+        if (name == "numFmt") {
+            const size_t id = ParseIndex(attributes.Get("numFmtId"), ok);
             if (ok)
-                formats[id] = SaxAttribute(attributes, L"formatCode");
-        } else if (name == L"cellXfs") {
+                formats[id] = attributes.Get("formatCode");
+        } else if (name == "cellXfs") {
             m_inCellXfs = true;
-        } else if (name == L"xf" && m_inCellXfs) {
-            const size_t id = ParseIndex(SaxAttribute(attributes, L"numFmtId"), ok);
+        } else if (name == "xf" && m_inCellXfs) {
+            const size_t id = ParseIndex(attributes.Get("numFmtId"), ok);
             xfFormats.push_back(ok ? id : 0);
         }
     }
-    void EndElement(std::wstring_view name) override
+    void EndElement(std::string_view name) override
     {
-        if (name == L"cellXfs")
+        if (name == "cellXfs")
             m_inCellXfs = false;
     }
     void Characters(std::wstring_view) override {}
@@ -200,18 +200,18 @@ private:
 // text run, leaving out the phonetic runs (<rPh>).
 class StringItemText {
 public:
-    void Start(std::wstring_view name)
+    void Start(std::string_view name)
     {
-        if (name == L"rPh")
+        if (name == "rPh")
             ++m_phonetic;
-        else if (name == L"t" && m_phonetic == 0)
+        else if (name == "t" && m_phonetic == 0)
             m_inText = true;
     }
-    void End(std::wstring_view name)
+    void End(std::string_view name)
     {
-        if (name == L"rPh" && m_phonetic > 0)
+        if (name == "rPh" && m_phonetic > 0)
             --m_phonetic;
-        else if (name == L"t")
+        else if (name == "t")
             m_inText = false;
     }
     void Characters(std::wstring_view text)
@@ -232,24 +232,24 @@ private:
     int m_phonetic = 0;
 };
 
-class SharedStringsHandler : public ISaxHandler {
+class SharedStringsHandler : public IXmlHandler {
 public:
     SharedStringsHandler(std::vector<std::wstring>& strings, std::vector<size_t>& lengths)
         : m_strings(strings), m_lengths(lengths)
     {
     }
-    void StartElement(std::wstring_view name, ISAXAttributes*) override
+    void StartElement(std::string_view name, const CXmlAttributes&) override
     {
-        if (name == L"si") {
+        if (name == "si") {
             m_item.Clear();
             m_inItem = true;
         } else if (m_inItem) {
             m_item.Start(name);
         }
     }
-    void EndElement(std::wstring_view name) override
+    void EndElement(std::string_view name) override
     {
-        if (name == L"si" && m_inItem) {
+        if (name == "si" && m_inItem) {
             m_strings.push_back(CWorkbookReader::DecodeEscapes(m_item.value.text));
             m_lengths.push_back(m_item.value.length);
             m_inItem = false;
@@ -286,9 +286,9 @@ bool IsoDate(std::wstring_view text, double& date)
     return true;
 }
 
-class SheetHandler : public ISaxHandler {
+class SheetHandler : public IXmlHandler {
 public:
-    using RowCallback = std::function<void(size_t, const std::vector<WorkbookCell>&)>;
+    using RowCallback = std::function<void(size_t, std::span<const WorkbookCell>)>;
     SheetHandler(const RowCallback& onRow, const std::vector<bool>& dateStyles,
                  const std::vector<std::wstring>& shared, const std::vector<size_t>& sharedLengths, bool date1904)
         : m_onRow(onRow), m_dateStyles(dateStyles), m_shared(shared), m_sharedLengths(sharedLengths),
@@ -296,44 +296,44 @@ public:
     {
     }
 
-    void StartElement(std::wstring_view name, ISAXAttributes* attributes) override
+    void StartElement(std::string_view name, const CXmlAttributes& attributes) override
     {
         if (!m_inSheetData) {
-            m_inSheetData = name == L"sheetData";
+            m_inSheetData = name == "sheetData";
             return;
         }
-        if (name == L"row") {
+        if (name == "row") {
             StartRow(attributes);
-        } else if (name == L"c") {
+        } else if (name == "c") {
             StartCell(attributes);
         } else if (m_inCell) {
-            if (name == L"v")
+            if (name == "v")
                 m_inValue = true;
-            else if (name == L"f")
+            else if (name == "f")
                 m_formula = m_inFormula = true;
-            else if (name == L"is")
+            else if (name == "is")
                 m_inInline = true;
             else if (m_inInline)
                 m_inline.Start(name);
         }
     }
 
-    void EndElement(std::wstring_view name) override
+    void EndElement(std::string_view name) override
     {
         if (!m_inSheetData)
             return;
-        if (name == L"sheetData") {
+        if (name == "sheetData") {
             EndRow();
             m_inSheetData = false;
-        } else if (name == L"row") {
+        } else if (name == "row") {
             EndRow();
-        } else if (name == L"c") {
+        } else if (name == "c") {
             EndCell();
-        } else if (name == L"v") {
+        } else if (name == "v") {
             m_inValue = false;
-        } else if (name == L"f") {
+        } else if (name == "f") {
             m_inFormula = false;
-        } else if (name == L"is") {
+        } else if (name == "is") {
             m_inInline = false;
         } else if (m_inInline) {
             m_inline.End(name);
@@ -351,11 +351,11 @@ public:
     }
 
 private:
-    void StartRow(ISAXAttributes* attributes)
+    void StartRow(const CXmlAttributes& attributes)
     {
         EndRow();
         bool found = false;
-        const std::wstring_view r = SaxAttribute(attributes, L"r", &found);
+        const std::wstring_view r = attributes.Get("r", &found);
         bool ok = false;
         const size_t number = found ? ParseIndex(r, ok) : 0;
         if (found && (!ok || number <= m_row || number > 1048576))
@@ -363,7 +363,7 @@ private:
                           std::wstring(r).c_str(), m_row));
         m_row = found ? number : m_row + 1;
         m_inRow = true;
-        m_cells.clear();
+        m_width = 0;
         m_column = 0;
         m_hasContent = false;
     }
@@ -374,15 +374,15 @@ private:
             return;
         m_inRow = false;
         if (m_hasContent)
-            m_onRow(m_row, m_cells);
+            m_onRow(m_row, std::span<const WorkbookCell>(m_cells.data(), m_width));
     }
 
-    void StartCell(ISAXAttributes* attributes)
+    void StartCell(const CXmlAttributes& attributes)
     {
         if (!m_inRow)
-            StartRow(nullptr);
+            StartRow(CXmlAttributes());
         bool found = false;
-        const std::wstring_view reference = SaxAttribute(attributes, L"r", &found);
+        const std::wstring_view reference = attributes.Get("r", &found);
         if (found) {
             size_t row = 0;
             if (!ParseReference(reference, m_column, row) || row != m_row)
@@ -391,9 +391,9 @@ private:
         }
         if (m_column >= 16384)
             Refuse(Format(L"The first sheet is damaged: row %zu has more than 16,384 cells.", m_row));
-        m_type = SaxAttribute(attributes, L"t");
+        m_type = attributes.Get("t");
         bool ok = false;
-        const size_t style = ParseIndex(SaxAttribute(attributes, L"s"), ok);
+        const size_t style = ParseIndex(attributes.Get("s"), ok);
         m_dateStyle = ok && style < m_dateStyles.size() && m_dateStyles[style];
         m_inCell = true;
         m_formula = m_inFormula = false;
@@ -408,7 +408,13 @@ private:
             return;
         m_inCell = false;
         m_inValue = m_inInline = false;
-        WorkbookCell cell;
+        // The cell is filled in a scratch cell whose buffers are reused, and
+        // swapped into the row's cells (which keep theirs from row to row).
+        WorkbookCell& cell = m_cell;
+        cell.kind = WorkbookCell::Kind::Empty;
+        cell.text.clear();
+        cell.length = 0;
+        cell.date = false;
         cell.formula = m_formula;
         Fill(cell);
         // LibreOffice writes a boolean cell as the formula TRUE() or FALSE():
@@ -418,7 +424,14 @@ private:
         if (cell.kind != WorkbookCell::Kind::Empty || cell.formula) {
             if (m_cells.size() <= m_column)
                 m_cells.resize(m_column + 1);
-            m_cells[m_column] = std::move(cell);
+            for (size_t skipped = m_width; skipped < m_column; ++skipped) {
+                m_cells[skipped].kind = WorkbookCell::Kind::Empty;
+                m_cells[skipped].text.clear();
+                m_cells[skipped].length = 0;
+                m_cells[skipped].date = m_cells[skipped].formula = false;
+            }
+            std::swap(m_cells[m_column], cell);
+            m_width = m_column + 1;
             m_hasContent = true;
         }
         ++m_column;
@@ -430,7 +443,7 @@ private:
         const std::wstring& v = m_value.text;
         if (m_type == L"inlineStr") {
             cell.kind = Kind::Text;
-            cell.text = CWorkbookReader::DecodeEscapes(m_inline.value.text);
+            CWorkbookReader::DecodeEscapes(m_inline.value.text, cell.text);
             cell.length = m_inline.value.length;
         } else if (m_type == L"s") {
             bool ok = false;
@@ -441,11 +454,11 @@ private:
                 return;
             }
             cell.kind = Kind::Text;
-            cell.text = m_shared[index];
+            cell.text.assign(m_shared[index]);
             cell.length = m_sharedLengths[index];
         } else if (m_type == L"str") {
             cell.kind = Kind::Text;
-            cell.text = CWorkbookReader::DecodeEscapes(v);
+            CWorkbookReader::DecodeEscapes(v, cell.text);
             cell.length = m_value.length;
         } else if (m_type == L"b") {
             if (v.empty())
@@ -514,7 +527,9 @@ private:
     std::wstring m_formulaText;
     CappedText m_value;
     StringItemText m_inline;
-    std::vector<WorkbookCell> m_cells;
+    std::vector<WorkbookCell> m_cells;  // the row's cells are the first m_width
+    size_t m_width = 0;
+    WorkbookCell m_cell;
 };
 
 } // namespace
@@ -555,25 +570,23 @@ const CZipReader::Entry& CWorkbookReader::Part(const std::string& name) const
     return *entry;
 }
 
-void CWorkbookReader::Parse(const std::string& part, uint64_t limit, ISaxHandler& handler) const
+void CWorkbookReader::Parse(const std::string& part, uint64_t limit, IXmlHandler& handler) const
 {
     const ComPtr<IStream> stream = m_zip.OpenStream(Part(part), limit);
-    try {
-        ParseXml(stream.Get(), handler, FromUtf8(part));
-    } catch (const CException& e) {
-        const std::wstring streamError = CZipReader::StreamError(stream.Get());
-        if (!streamError.empty())
-            Refuse(streamError);
-        throw;
-    }
-    // A parser may stop reading at the root's end: the rest must still check out.
-    char rest[4096];
-    ULONG read = 0;
-    while (stream->Read(rest, sizeof rest, &read) == S_OK && read > 0) {
-    }
-    const std::wstring streamError = CZipReader::StreamError(stream.Get());
-    if (!streamError.empty())
-        Refuse(streamError);
+    // The parser reads to the end of the part, so a damaged or oversized
+    // part is noticed even after the root element's end.
+    ParseXml(
+        [&](char* buffer, size_t size) -> size_t {
+            ULONG read = 0;
+            if (FAILED(stream->Read(buffer, static_cast<ULONG>(size), &read))) {
+                const std::wstring streamError = CZipReader::StreamError(stream.Get());
+                Refuse(streamError.empty() ? Format(L"The part \"%ls\" of the workbook cannot be read.",
+                                                    FromUtf8(part).c_str())
+                                           : streamError);
+            }
+            return read;
+        },
+        handler, FromUtf8(part));
 }
 
 std::vector<CWorkbookReader::Relationship> CWorkbookReader::ReadRelationships(const std::string& partName) const
@@ -637,7 +650,7 @@ void CWorkbookReader::ReadSharedStrings(const std::string& part)
 }
 
 void CWorkbookReader::ReadFirstSheet(
-    const std::function<void(size_t row, const std::vector<WorkbookCell>& cells)>& onRow)
+    const std::function<void(size_t row, std::span<const WorkbookCell> cells)>& onRow)
 {
     SheetHandler handler(onRow, m_dateStyles, m_sharedStrings, m_sharedLengths, m_date1904);
     Parse(m_sheetPart, kLargePartLimit, handler);
@@ -663,8 +676,17 @@ bool CWorkbookReader::ParseNumber(std::wstring_view digits, double& value)
 
 std::wstring CWorkbookReader::DecodeEscapes(std::wstring_view text)
 {
-    if (text.find(L"_x") == std::wstring_view::npos)
-        return std::wstring(text);
+    std::wstring out;
+    DecodeEscapes(text, out);
+    return out;
+}
+
+void CWorkbookReader::DecodeEscapes(std::wstring_view text, std::wstring& out)
+{
+    if (text.find(L"_x") == std::wstring_view::npos) {
+        out.assign(text);
+        return;
+    }
     auto hex = [](wchar_t c) -> int {
         if (c >= L'0' && c <= L'9')
             return c - L'0';
@@ -674,7 +696,7 @@ std::wstring CWorkbookReader::DecodeEscapes(std::wstring_view text)
             return c - L'a' + 10;
         return -1;
     };
-    std::wstring out;
+    out.clear();
     out.reserve(text.size());
     for (size_t i = 0; i < text.size(); ++i) {
         if (text[i] == L'_' && i + 6 < text.size() && text[i + 1] == L'x' && text[i + 6] == L'_') {
@@ -693,7 +715,6 @@ std::wstring CWorkbookReader::DecodeEscapes(std::wstring_view text)
         }
         out += text[i];
     }
-    return out;
 }
 
 bool CWorkbookReader::IsDateFormat(std::wstring_view code)

@@ -1,9 +1,9 @@
 #pragma once
 // CWorkbookReader: the first sheet of an Office Open XML workbook (.xlsx),
 // as written by this program, by Excel or by LibreOffice, read row by row.
-// The zip container is read with CZipReader, the parts with MSXML's SAX
-// reader (no DOM: a sheet of a hundred thousand rows is a stream of
-// events). Cells come with their types: shared, inline and rich text
+// The zip container is read with CZipReader, the parts with
+// CXmlEventParser as they inflate (no DOM: a sheet of a hundred thousand
+// rows is a stream of events). Cells come with their types: shared, inline and rich text
 // strings as text, numbers with the digits the file holds, booleans, errors,
 // dates (numbers with a date format, or ISO dates), and whether the cell
 // held a formula (its stored result is what the cell gives).
@@ -16,11 +16,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "common/SaxParser.h"
+#include "common/XmlEventParser.h"
 #include "common/ZipReader.h"
 
 namespace CL {
@@ -55,12 +56,13 @@ public:
     // Reads the first sheet; onRow is called for every row that has a cell
     // with content, with its 1-based row number and its cells by column
     // (index 0 is column A).
-    void ReadFirstSheet(const std::function<void(size_t row, const std::vector<WorkbookCell>& cells)>& onRow);
+    void ReadFirstSheet(const std::function<void(size_t row, std::span<const WorkbookCell> cells)>& onRow);
 
     // A number's digits ("1.5", "-2E+20") as a double; false for other text.
     static bool ParseNumber(std::wstring_view digits, double& value);
     // The text with the workbook escapes (_xHHHH_) taken back.
     static std::wstring DecodeEscapes(std::wstring_view text);
+    static void DecodeEscapes(std::wstring_view text, std::wstring& out);
     // Whether a number format code shows a date or a time.
     static bool IsDateFormat(std::wstring_view code);
 
@@ -77,7 +79,7 @@ private:
     void ReadWorkbook(const std::string& workbookPart);
     void ReadStyles(const std::string& part);
     void ReadSharedStrings(const std::string& part);
-    void Parse(const std::string& part, uint64_t limit, ISaxHandler& handler) const;
+    void Parse(const std::string& part, uint64_t limit, IXmlHandler& handler) const;
 
     CZipReader m_zip;
     std::wstring m_sheetName;

@@ -284,6 +284,19 @@ void CWorkbookWriter::CellStart(const char* type, Style style)
 void CWorkbookWriter::AppendEscaped(std::wstring_view text)
 {
     for (size_t i = 0; i < text.size(); ++i) {
+        // A run of plain ASCII goes in at once.
+        size_t run = i;
+        while (run < text.size() && text[run] >= 0x20 && text[run] < 0x7F && text[run] != L'&' && text[run] != L'<' &&
+               text[run] != L'>' && text[run] != L'_')
+            ++run;
+        if (run > i) {
+            const size_t at = m_buffer.size();
+            m_buffer.resize(at + (run - i));
+            for (size_t k = i; k < run; ++k)
+                m_buffer[at + (k - i)] = static_cast<char>(text[k]);
+            i = run - 1;
+            continue;
+        }
         const wchar_t c = text[i];
         switch (c) {
         case L'&': m_buffer += "&amp;"; continue;

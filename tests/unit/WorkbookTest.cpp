@@ -10,6 +10,7 @@
 #include <zlib.h>
 
 #include <chrono>
+#include <span>
 #include <string>
 
 #include "AddressSpaceCorpus.h"
@@ -111,7 +112,9 @@ std::vector<std::pair<size_t, std::vector<CL::WorkbookCell>>> ReadRows(const std
 {
     CL::CWorkbookReader reader(bytes);
     std::vector<std::pair<size_t, std::vector<CL::WorkbookCell>>> rows;
-    reader.ReadFirstSheet([&](size_t row, const std::vector<CL::WorkbookCell>& cells) { rows.emplace_back(row, cells); });
+    reader.ReadFirstSheet([&](size_t row, std::span<const CL::WorkbookCell> cells) {
+        rows.emplace_back(row, std::vector<CL::WorkbookCell>(cells.begin(), cells.end()));
+    });
     return rows;
 }
 
