@@ -82,6 +82,7 @@ report "summary (100 items)" "$out" "$base"
 out=$(best_ours read "$DB" "$ITEM")
 base=$(best_sqlite "$DB" "$ITEM_SQL WHERE [ItemID]='$ITEM' ORDER BY [TimeFrom]")
 report "read one item, no bounds" "$out" "$base"
+unbounded_base=$base
 
 out=$(best_ours read "$DB" "$ITEM" bounded)
 base=$(best_sqlite "$DB" "$ITEM_SQL WHERE [ItemID]='$ITEM' and ([TimeFrom] <= $UPPER) and ([TimeTo] >= $LOWER) ORDER BY [TimeFrom]")
@@ -89,7 +90,12 @@ report "read one item, middle half" "$out" "$base"
 
 # Where the time of the item's read goes (connect, the driver, the
 # program's copies, the decode).
-wine "$EXE" parts "$DB" "$ITEM" </dev/null | tr -d '\r'
+parts=$(wine "$EXE" parts "$DB" "$ITEM" </dev/null | tr -d '\r')
+echo "$parts"
+# The same read with bare ODBC calls and nothing of the program: what the
+# driver manager and the SQLite driver under Wine take at the least.
+bare=$(sed -n 's/.*bare ODBC \([0-9.]*\) s.*/\1/p' <<<"$parts")
+report "read one item, bare ODBC alone" "seconds=$bare count=100000" "$unbounded_base"
 
 IDS=""
 for i in $(seq 0 99); do
