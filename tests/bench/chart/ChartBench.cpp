@@ -101,7 +101,7 @@ int main()
     {
         Surface memory(screen), target(screen);
         const CL::CTrendRenderer renderer;
-        std::printf("bench_chart: trend chart redraw, %d x %d pixels, median of %d redraws (target <= %.0f ms)\n",
+        std::printf("bench_chart: trend chart redraw, %d x %d pixels, median of %d redraws (target: at most %.0f ms each)\n",
                     kWidth, kHeight, kRedraws, kTarget * 1000);
         for (int count : {10000, 100000, 1000000}) {
             const CL::CTrendSeries series = MakeSeries(count);
