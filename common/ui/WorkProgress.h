@@ -55,6 +55,7 @@ private:
     std::wstring m_lastText;   // the last progress text shown
     Clock::time_point m_start;
     Clock::time_point m_lastDrawn;
+    Clock::time_point m_lastLook;   // the first step looks at the input
     bool m_shown = false;
 };
 
