@@ -83,6 +83,25 @@ std::string FormatA(const char* format, ...)
 std::string Narrow(std::wstring_view text) { return Convert(CP_ACP, text); }
 std::wstring Widen(std::string_view text) { return Convert(CP_ACP, text); }
 std::string ToUtf8(std::wstring_view text) { return Convert(CP_UTF8, text); }
+
+void AppendUtf8(std::string& out, char32_t code)
+{
+    if (code < 0x80) {
+        out += static_cast<char>(code);
+    } else if (code < 0x800) {
+        out += static_cast<char>(0xC0 | (code >> 6));
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    } else if (code < 0x10000) {
+        out += static_cast<char>(0xE0 | (code >> 12));
+        out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (code >> 18));
+        out += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    }
+}
 std::wstring FromUtf8(std::string_view text) { return Convert(CP_UTF8, text); }
 
 std::wstring TrimWhiteSpace(std::wstring text)

@@ -15,6 +15,8 @@ std::wstring Widen(std::string_view text);
 // Wide text to UTF-8 and back.
 std::string ToUtf8(std::wstring_view text);
 std::wstring FromUtf8(std::string_view text);
+// Appends one Unicode code point (at most U+10FFFF) as UTF-8.
+void AppendUtf8(std::string& out, char32_t code);
 
 // Removes wide-character white space (iswspace) at the end, then at the start.
 std::wstring TrimWhiteSpace(std::wstring text);

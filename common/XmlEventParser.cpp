@@ -46,24 +46,6 @@ std::string_view LocalName(std::string_view name)
     return colon == std::string_view::npos ? name : name.substr(colon + 1);
 }
 
-void AppendUtf8(std::string& out, unsigned long code)
-{
-    if (code < 0x80) {
-        out += static_cast<char>(code);
-    } else if (code < 0x800) {
-        out += static_cast<char>(0xC0 | (code >> 6));
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-        out += static_cast<char>(0xE0 | (code >> 12));
-        out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (code >> 18));
-        out += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    }
-}
 
 // UTF-8 to UTF-16 into out; false when the bytes are not valid UTF-8.
 bool Widen(std::string_view utf8, std::wstring& out)
@@ -519,7 +501,7 @@ void CXmlEventParser::ResolveReferences(std::string_view raw, std::string& out, 
             if (!ok || !allowed)
                 Fail(Format(L"the character reference \"&%ls;\" names no character XML allows",
                             FromUtf8(std::string(name)).c_str()));
-            AppendUtf8(out, code);
+            AppendUtf8(out, static_cast<char32_t>(code));
         } else {
             Fail(Format(L"the entity \"&%ls;\" is not defined", FromUtf8(std::string(name)).c_str()));
         }
