@@ -11,6 +11,12 @@ namespace CL {
 namespace {
 
 constexpr size_t kChunk = 1u << 20;
+// Workbook parts nest a few levels; a part of nothing but start tags would
+// otherwise fill memory with open elements.
+constexpr size_t kMaxDepth = 1000;
+// A tag of workbook XML has a few attributes; the duplicate check is
+// quadratic and every attribute is kept until the tag's end.
+constexpr size_t kMaxAttributes = 1000;
 
 bool IsSpace(char c)
 {
@@ -305,6 +311,8 @@ void CXmlEventParser::ReadStartTag()
             Fail(L"the text ends inside a tag", i);
         if (i == spaceStart || !IsNameStart(c))
             Fail(L"an attribute is not written as name=\"value\"", i);
+        if (m_spans.size() >= kMaxAttributes)
+            Fail(L"a tag with more than 1,000 attributes", i);
         Span span;
         span.nameStart = i;
         while (IsNameByte(At(i)))
@@ -363,6 +371,8 @@ void CXmlEventParser::ReadStartTag()
         m_handler.StartElement(local, m_attributes);
         m_handler.EndElement(local);
     } else {
+        if (m_open.size() >= kMaxDepth)
+            Fail(L"elements nested more than 1,000 deep");
         m_open.emplace_back(base + 1, nameEnd - 1);
         m_handler.StartElement(local, m_attributes);
     }

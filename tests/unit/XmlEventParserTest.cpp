@@ -149,6 +149,16 @@ TEST(XmlEventParser, WhatIsNotWellFormedIsRefusedWithThePartAndTheLine)
         {"<a></a><?xml version=\"1.0\"?>", L"declaration is not at the start"},
         {"<a>< b/></a>", L"does not start a tag"},
     };
+    std::string deep;
+    for (int i = 0; i < 1001; ++i)
+        deep += "<a>";
+    const std::wstring tooDeep = Refusal(deep);
+    std::string crowded = "<a";
+    for (int i = 0; i < 1001; ++i)
+        crowded += " a" + std::to_string(i) + "=\"\"";
+    const std::wstring tooMany = Refusal(crowded + "/>");
+    EXPECT_NE(tooMany.find(L"more than 1,000 attributes"), std::wstring::npos) << CL::Narrow(tooMany);
+    EXPECT_NE(tooDeep.find(L"nested more than 1,000 deep"), std::wstring::npos) << CL::Narrow(tooDeep);
     for (const auto& c : cases) {
         const std::wstring text = Refusal(c.xml);
         EXPECT_NE(text.find(c.what), std::wstring::npos) << c.xml << " gave: " << CL::Narrow(text);
