@@ -399,10 +399,49 @@ void CXmlEventParser::ReadEndTag()
 
 void CXmlEventParser::ReadText()
 {
-    size_t end = Find('<', 0);
-    if (end == std::string::npos)
-        end = m_buffer.size() - m_pos;
-    const std::string_view raw(m_buffer.data() + m_pos, end);
+    for (;;) {
+        const size_t have = m_buffer.size() - m_pos;
+        const void* hit = std::memchr(m_buffer.data() + m_pos, '<', have);
+        if (hit) {
+            TakeText(static_cast<size_t>(static_cast<const char*>(hit) - (m_buffer.data() + m_pos)));
+            return;
+        }
+        // A long text goes to the handler in pieces, so that the buffer
+        // never holds more than a piece of it.
+        if (have >= kChunk) {
+            const size_t cut = TextCut(have);
+            if (cut > 0) {
+                TakeText(cut);
+                continue;
+            }
+        }
+        if (!Fill()) {
+            TakeText(have);
+            return;
+        }
+    }
+}
+
+// The length of the first part of the text that can go on its own: not
+// ending inside a UTF-8 character, a reference or a CR LF pair.
+size_t CXmlEventParser::TextCut(size_t have) const
+{
+    const char* text = m_buffer.data() + m_pos;
+    size_t cut = have - 1;
+    while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80)
+        --cut;
+    const std::string_view head(text, cut);
+    const size_t amp = head.rfind('&');
+    if (amp != std::string_view::npos && head.find(';', amp) == std::string_view::npos)
+        cut = amp;
+    if (cut > 0 && text[cut - 1] == '\r')
+        --cut;
+    return cut;
+}
+
+void CXmlEventParser::TakeText(size_t length)
+{
+    const std::string_view raw(m_buffer.data() + m_pos, length);
     if (m_open.empty()) {
         // Outside the root only white space may stand.
         for (char c : raw) {
@@ -413,7 +452,7 @@ void CXmlEventParser::ReadText()
         CheckTextBytes(raw, 0);
         Emit(raw, true);
     }
-    Consume(end);
+    Consume(length);
 }
 
 void CXmlEventParser::CheckTextBytes(std::string_view raw, size_t offset)

@@ -2,7 +2,7 @@
 // XML read as a stream of events (start of an element, its end, text), from
 // a byte source that is read in pieces, so that a part of a hundred
 // megabytes never becomes a DOM and is never held whole: the parser keeps
-// only the piece it is working on (at least one whole tag or text run).
+// only the piece it is working on (a whole tag, or a piece of a text).
 //
 // It reads what workbook writers produce: UTF-8 (or UTF-16 with a byte
 // order mark) XML 1.0 with namespaces, comments, processing instructions,
@@ -78,6 +78,8 @@ private:
     void DetectEncoding();
     void ReadMarkup();
     void ReadText();
+    size_t TextCut(size_t have) const;
+    void TakeText(size_t length);
     void ReadStartTag();
     void ReadEndTag();
     void ReadDeclaration(std::string_view body);

@@ -200,3 +200,35 @@ TEST(XmlEventParser, ALongTextAcrossManyPiecesComesWhole)
     CL::ParseXml(PiecesOf(xml, 4096), recorder, L"part");
     EXPECT_EQ(recorder.Joined(), L"<a>[" + CL::FromUtf8(text) + L"&]</a>");
 }
+
+TEST(XmlEventParser, ATextLongerThanTheBufferComesInPiecesThatCutNoCharacterOrReference)
+{
+    // Three megabytes of text made of a two-byte character, a reference and
+    // a CR LF pair, which a cut at any byte would break.
+    std::string unit = "\xC3\xA4&amp;\r\nx";
+    std::wstring expected;
+    std::string text;
+    while (text.size() < (3u << 20)) {
+        text += unit;
+        expected += L"\u00E4&\nx";
+    }
+    class Pieces : public CL::IXmlHandler {
+    public:
+        void StartElement(std::string_view, const CL::CXmlAttributes&) override {}
+        void EndElement(std::string_view) override {}
+        void Characters(std::wstring_view text) override
+        {
+            joined += text;
+            ++count;
+            longest = std::max(longest, text.size());
+        }
+        std::wstring joined;
+        size_t count = 0;
+        size_t longest = 0;
+    } pieces;
+    const std::string xml = "<a>" + text + "</a>";
+    CL::ParseXml(PiecesOf(xml, 1 << 20), pieces, L"part");
+    EXPECT_EQ(pieces.joined, expected);
+    EXPECT_GT(pieces.count, 2u) << "the text came in pieces";
+    EXPECT_LT(pieces.longest, 2u << 20) << "no piece is as long as the text";
+}
