@@ -33,7 +33,9 @@ CRegistryKey CRegistryKey::Create(HKEY root, const std::wstring& path)
 void CRegistryKey::Delete(HKEY root, const std::wstring& path)
 {
     const LSTATUS status = ::RegDeleteTreeW(root, path.c_str());
-    if (status != ERROR_FILE_NOT_FOUND)
+    // A key that another process deleted while this one was deleting it is
+    // gone as asked.
+    if (status != ERROR_FILE_NOT_FOUND && status != ERROR_KEY_DELETED)
         ThrowIfFailed(status, L"RegDeleteTreeW");
 }
 

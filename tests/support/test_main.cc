@@ -7,7 +7,9 @@
 #include "ProcessState.h"
 #include "addressspace/EditorLayout.h"
 #include "common/ChangeJournal.h"
+#include "common/Exception.h"
 #include "common/RegistryKey.h"
+#include "common/Text.h"
 
 namespace {
 
@@ -54,13 +56,22 @@ private:
         return value && std::string(value) == "1";
     }
 
+    // The test programs run side by side under CTest and share the key: a
+    // delete can meet another program writing or deleting it at the same
+    // moment, and is tried again.
     static void DeleteEditorLayout()
     {
-        try {
-            CL::CRegistryKey::Delete(HKEY_CURRENT_USER, CEditorLayout::DefaultKey());
-        } catch (...) {
-            ADD_FAILURE() << "the editor layout of an earlier test could not be deleted";
+        std::string error;
+        for (int attempt = 0; attempt < 5; ++attempt) {
+            try {
+                CL::CRegistryKey::Delete(HKEY_CURRENT_USER, CEditorLayout::DefaultKey());
+                return;
+            } catch (const CL::CException& e) {
+                error = CL::Narrow(e.Text());
+            }
+            ::Sleep(20);
         }
+        ADD_FAILURE() << "the editor layout of an earlier test could not be deleted: " << error;
     }
 
     test::ProcessState m_before;
