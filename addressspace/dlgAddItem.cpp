@@ -66,13 +66,9 @@ void CdlgAddItem::AnchorControls()
 
 INT_PTR CdlgAddItem::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
 {
+    if (m_anchors.OnMessage(message, lParam))
+        return TRUE;
     switch (message) {
-    case WM_SIZE:
-        m_anchors.OnSize(LOWORD(lParam), HIWORD(lParam));
-        return TRUE;
-    case WM_GETMINMAXINFO:
-        m_anchors.OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO*>(lParam));
-        return TRUE;
     default:
         return CL::CDialog::DialogProc(message, wParam, lParam);
     }

@@ -92,6 +92,8 @@ bool CdlgCsvImport::OnCommand(WORD id, WORD /*code*/, HWND /*control*/)
 
 INT_PTR CdlgCsvImport::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
 {
+    if (m_anchors.OnMessage(message, lParam))
+        return TRUE;
     switch (message) {
     case WM_NOTIFY: {
         LRESULT result = 0;
@@ -101,12 +103,6 @@ INT_PTR CdlgCsvImport::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
         }
         return FALSE;
     }
-    case WM_SIZE:
-        m_anchors.OnSize(LOWORD(lParam), HIWORD(lParam));
-        return TRUE;
-    case WM_GETMINMAXINFO:
-        m_anchors.OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO*>(lParam));
-        return TRUE;
     case WM_SYSCOLORCHANGE:
         m_list.OnSysColorChange();
         return FALSE;

@@ -449,6 +449,8 @@ void CdlgReviewChanges::OnSave()
 
 INT_PTR CdlgReviewChanges::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
 {
+    if (m_anchors.OnMessage(message, lParam))
+        return TRUE;
     switch (message) {
     case WM_NOTIFY: {
         const auto* header = reinterpret_cast<const NMHDR*>(lParam);
@@ -467,12 +469,6 @@ INT_PTR CdlgReviewChanges::DialogProc(UINT message, WPARAM wParam, LPARAM lParam
         }
         return FALSE;
     }
-    case WM_SIZE:
-        m_anchors.OnSize(LOWORD(lParam), HIWORD(lParam));
-        return TRUE;
-    case WM_GETMINMAXINFO:
-        m_anchors.OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO*>(lParam));
-        return TRUE;
     case WM_SYSCOLORCHANGE:
         m_list.OnSysColorChange();
         return FALSE;

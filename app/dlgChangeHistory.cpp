@@ -225,6 +225,8 @@ void CdlgChangeHistory::OnRetention()
 
 INT_PTR CdlgChangeHistory::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
 {
+    if (m_anchors.OnMessage(message, lParam))
+        return TRUE;
     switch (message) {
     case WM_NOTIFY: {
         auto* header = reinterpret_cast<NMHDR*>(lParam);
@@ -241,12 +243,6 @@ INT_PTR CdlgChangeHistory::DialogProc(UINT message, WPARAM wParam, LPARAM lParam
         }
         return FALSE;
     }
-    case WM_SIZE:
-        m_anchors.OnSize(LOWORD(lParam), HIWORD(lParam));
-        return TRUE;
-    case WM_GETMINMAXINFO:
-        m_anchors.OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO*>(lParam));
-        return TRUE;
     case WM_SYSCOLORCHANGE:
         m_list.OnSysColorChange();
         return FALSE;

@@ -78,4 +78,17 @@ void CDialogAnchors::OnGetMinMaxInfo(MINMAXINFO* info) const
     }
 }
 
+bool CDialogAnchors::OnMessage(UINT message, LPARAM lParam)
+{
+    if (message == WM_SIZE) {
+        OnSize(LOWORD(lParam), HIWORD(lParam));
+        return true;
+    }
+    if (message == WM_GETMINMAXINFO) {
+        OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO*>(lParam));
+        return true;
+    }
+    return false;
+}
+
 } // namespace CL

@@ -32,6 +32,8 @@ public:
     void OnSize(int width, int height);
     // WM_GETMINMAXINFO: the window's size at Capture is the smallest.
     void OnGetMinMaxInfo(MINMAXINFO* info) const;
+    // Both of them from a dialog procedure: true when the message was one.
+    bool OnMessage(UINT message, LPARAM lParam);
 
 private:
     void FollowDpi();
