@@ -2,6 +2,7 @@
 
 #include <commdlg.h>
 #include <shellapi.h>
+#include <shlwapi.h>
 #include <windowsx.h>
 
 #include <algorithm>
@@ -35,6 +36,7 @@
 #include "common/ui/AccessibleName.h"
 #include "common/ui/ContextMenuKeys.h"
 #include "common/ui/Dpi.h"
+#include "common/ui/FileDialog.h"
 #include "common/ui/OverwriteQuestion.h"
 #include "common/ui/WaitCursor.h"
 #include "res/resource.h"
@@ -710,19 +712,9 @@ void CMainFrame::OnFileOpen()
 {
     Log(3, "CMainFrame::OnFileOpen" + MV_POS());
     CL::RunReported([this] {
-        OPENFILENAMEW ofn = {};
-        ofn.lStructSize = sizeof ofn;
-        ofn.hwndOwner = Hwnd();
-        ofn.lpstrFilter = kFileFilter;
-        ofn.nFilterIndex = 1;
-        ofn.lpstrFile = m_openPath;
-        ofn.nMaxFile = static_cast<DWORD>(std::size(m_openPath));
-        ofn.lpstrTitle = L"Open";
         // The first time, the folder of the server's exchange file.
         const std::wstring folder = FolderOf(m_exchange.ExchangeFile());
-        ofn.lpstrInitialDir = folder.c_str();
-        ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
-        if (!::GetOpenFileNameW(&ofn))
+        if (!CL::AskOpenFileName(Hwnd(), kFileFilter, L"Open", m_openPath, std::size(m_openPath), folder.c_str()))
             return;
         CL::CWaitCursor wait;
         // Loaded aside first: a file that fails to load changes nothing.
@@ -797,23 +789,14 @@ void CMainFrame::OnFileImportCsv()
 {
     Log(3, "CMainFrame::OnFileImportCsv" + MV_POS());
     CL::RunReported([this] {
-        OPENFILENAMEW ofn = {};
-        ofn.lStructSize = sizeof ofn;
-        ofn.hwndOwner = Hwnd();
-        ofn.lpstrFilter = kCsvFilter;
-        ofn.nFilterIndex = 1;
-        ofn.lpstrFile = m_csvPath;
-        ofn.nMaxFile = static_cast<DWORD>(std::size(m_csvPath));
-        ofn.lpstrTitle = L"Import CSV";
-        ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
-        if (!::GetOpenFileNameW(&ofn))
+        if (!CL::AskOpenFileName(Hwnd(), kCsvFilter, L"Import CSV", m_csvPath, std::size(m_csvPath)))
             return;
         CL::CsvImportPlan plan;
         {
             CL::CWaitCursor wait;
             plan = CL::ReadAddressSpaceCsv(CL::ReadWholeFile(m_csvPath), NewItemDefaults());
         }
-        ImportPlan(plan, m_csvPath + ofn.nFileOffset, L"Import CSV", L"CSV import");
+        ImportPlan(plan, ::PathFindFileNameW(m_csvPath), L"Import CSV", L"CSV import");
     });
 }
 

@@ -5,6 +5,7 @@
 #include "addressspace/MainFrm.h"
 
 #include <commdlg.h>
+#include <shlwapi.h>
 
 #include <memory>
 
@@ -16,6 +17,7 @@
 #include "common/ErrorReport.h"
 #include "common/FileBytes.h"
 #include "common/Text.h"
+#include "common/ui/FileDialog.h"
 #include "common/ui/WaitCursor.h"
 #include "res/resource.h"
 
@@ -52,16 +54,8 @@ void CMainFrame::OnFileImportWorkbook()
 {
     Log(3, "CMainFrame::OnFileImportWorkbook" + MV_POS());
     CL::RunReported([this] {
-        OPENFILENAMEW ofn = {};
-        ofn.lStructSize = sizeof ofn;
-        ofn.hwndOwner = Hwnd();
-        ofn.lpstrFilter = kWorkbookFilter;
-        ofn.nFilterIndex = 1;
-        ofn.lpstrFile = m_workbookPath;
-        ofn.nMaxFile = static_cast<DWORD>(std::size(m_workbookPath));
-        ofn.lpstrTitle = L"Import Workbook";
-        ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
-        if (!::GetOpenFileNameW(&ofn))
+        if (!CL::AskOpenFileName(Hwnd(), kWorkbookFilter, L"Import Workbook", m_workbookPath,
+                                 std::size(m_workbookPath)))
             return;
         CL::CsvImportPlan plan;
         {
@@ -69,6 +63,6 @@ void CMainFrame::OnFileImportWorkbook()
             const std::string bytes = CL::ReadWholeFile(m_workbookPath);
             plan = CL::ReadAddressSpaceWorkbook(bytes, NewItemDefaults());
         }
-        ImportPlan(plan, m_workbookPath + ofn.nFileOffset, L"Import Workbook", L"Workbook import");
+        ImportPlan(plan, ::PathFindFileNameW(m_workbookPath), L"Import Workbook", L"Workbook import");
     });
 }

@@ -384,16 +384,7 @@ void CdlgReviewChanges::OnCompareWithFile()
     Log(3, "CdlgReviewChanges::OnCompareWithFile" + MV_POS());
     CL::RunReported([this] {
         const std::wstring filter = CL::AddressSpaceFileFilter();
-        OPENFILENAMEW ofn = {};
-        ofn.lStructSize = sizeof ofn;
-        ofn.hwndOwner = Hwnd();
-        ofn.lpstrFilter = filter.c_str();
-        ofn.nFilterIndex = 1;
-        ofn.lpstrFile = m_openPath;
-        ofn.nMaxFile = static_cast<DWORD>(std::size(m_openPath));
-        ofn.lpstrTitle = L"Compare with File";
-        ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
-        if (!::GetOpenFileNameW(&ofn))
+        if (!CL::AskOpenFileName(Hwnd(), filter.c_str(), L"Compare with File", m_openPath, std::size(m_openPath)))
             return;
         ShowFile(m_openPath);
     });

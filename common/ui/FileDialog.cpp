@@ -41,4 +41,20 @@ std::wstring AskSaveFileName(HWND owner, const wchar_t* filter, const wchar_t* d
     return file.data();
 }
 
+bool AskOpenFileName(HWND owner, const wchar_t* filter, const wchar_t* title, wchar_t* path, size_t pathSize,
+                     const wchar_t* initialFolder)
+{
+    OPENFILENAMEW ofn = {};
+    ofn.lStructSize = sizeof ofn;
+    ofn.hwndOwner = owner;
+    ofn.lpstrFilter = filter;
+    ofn.nFilterIndex = 1;
+    ofn.lpstrFile = path;
+    ofn.nMaxFile = static_cast<DWORD>(pathSize);
+    ofn.lpstrTitle = title;
+    ofn.lpstrInitialDir = initialFolder;
+    ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
+    return ::GetOpenFileNameW(&ofn) != FALSE;
+}
+
 } // namespace CL

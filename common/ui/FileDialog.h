@@ -1,7 +1,8 @@
 #pragma once
-// The common save-file dialog as the program's windows ask for a file to
+// The common file dialogs as the program's windows ask for a file. To
 // write: an overwrite question, the default extension appended when the
-// user typed none, the current folder left alone.
+// user typed none, the current folder left alone. To read: a file that
+// exists, its path kept in the caller's buffer for the next time.
 #include <windows.h>
 
 #include <string>
@@ -17,5 +18,11 @@ std::wstring AskSaveFileName(HWND owner, const wchar_t* filter, const wchar_t* d
 // into the filter list) in *filterIndex.
 std::wstring AskSaveFileName(HWND owner, const wchar_t* filter, const wchar_t* defaultExtension,
                              const std::wstring& initialName, int* filterIndex);
+
+// The open-file dialog titled title over the filter list, starting from the
+// path in the buffer (which the chosen path replaces) or, when initialFolder
+// is given, in that folder. False when the user cancelled.
+bool AskOpenFileName(HWND owner, const wchar_t* filter, const wchar_t* title, wchar_t* path, size_t pathSize,
+                     const wchar_t* initialFolder = nullptr);
 
 } // namespace CL
